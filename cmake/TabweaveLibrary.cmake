@@ -1,0 +1,25 @@
+# tw_library(NAME SOURCES ... [DEPENDS ...])
+#
+# Makes the static library tw_NAME (alias Tabweave::NAME) of the current folder. It exports only this folder as include
+# path, so that an include against the direction of the layers does not compile.
+function(tw_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+    add_library(tw_${name} STATIC ${ARG_SOURCES})
+    add_library(Tabweave::${name} ALIAS tw_${name})
+    target_include_directories(tw_${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+    target_link_libraries(tw_${name} PUBLIC Tabweave::flags ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
+    target_precompile_headers(tw_${name} PRIVATE <QHash> <QList> <QObject> <QString> <QStringList> <QVector>
+        <algorithm> <functional> <memory> <string> <string_view> <vector>)
+endfunction()
+
+# tw_test(NAME SOURCES ... DEPENDS ...)
+#
+# One test program per folder: linking costs more than testing. Each source holds one QObject test class, registered
+# with TW_TEST_CLASS; the program's main runs all of them.
+function(tw_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_executable(test_${name} ${ARG_SOURCES})
+    target_link_libraries(test_${name} PRIVATE ${ARG_DEPENDS} tw_testsupport)
+    add_test(NAME ${name} COMMAND test_${name})
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8")
+endfunction()

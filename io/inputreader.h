@@ -1,0 +1,16 @@
+#pragma once
+
+#include "dataset.h"
+#include "messages.h"
+#include "progress.h"
+
+#include <QString>
+
+struct InputOptions;
+
+/// Reads the table of an input item with the reader that its file type asks for, then drops empty
+/// columns and applies the schema as the options say. `path` is the absolute path of the file
+/// (unused for a clipboard input, whose text stands in the options). Whatever goes wrong is told in
+/// the messages, and messages.failed is set; the table is then empty.
+Dataset readInput(const InputOptions &options, const QString &path, Messages *messages,
+                  const Progress &progress);

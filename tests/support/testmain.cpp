@@ -1,0 +1,35 @@
+#include "testsupport.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <vector>
+
+namespace {
+
+std::vector<TestRegistration::Make> &registrations()
+{
+    static std::vector<TestRegistration::Make> all;
+    return all;
+}
+
+} // namespace
+
+TestRegistration::TestRegistration(Make make)
+{
+    registrations().push_back(std::move(make));
+}
+
+// Runs every registered class with the program's arguments ("-txt", "slotName", ...). Locale and
+// time zone are fixed, so that results do not depend on the machine.
+int main(int argc, char **argv)
+{
+    qputenv("TZ", "UTC");
+    QCoreApplication application(argc, argv);
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
+    int failures = 0;
+    for (const TestRegistration::Make &make : registrations()) {
+        const std::unique_ptr<QObject> test = make();
+        failures += QTest::qExec(test.get(), argc, argv);
+    }
+    return failures == 0 ? 0 : 1;
+}
