@@ -11,7 +11,6 @@
 #include <vector>
 
 class ColumnReader;
-class ColumnStore;
 class TableBuilder;
 
 /// Row numbers of a source table, one for each row of a result; -1 stands for a row of empty cells.
@@ -60,7 +59,7 @@ public:
     void removeRow(RowIndex row);
 
     /// Stores the names; the header flag becomes true exactly when the list is not empty. A header
-    /// shorter than the table is filled with empty names.
+    /// shorter than the table is filled with empty names, a longer one widens the table.
     void setHeader(const QStringList &names);
     /// Off puts the header back as row 0, on takes row 0 as header; without rows only the flag
     /// changes.
@@ -124,7 +123,7 @@ public:
     }
     QString textOfCode(Code code) const
     {
-        return code == ValuePool::emptyCode ? QString() : m_pool->text(code);
+        return code == ValuePool::emptyCode ? ValuePool::emptyText() : m_pool->text(code);
     }
     std::string_view utf8(int row) const { return utf8OfCode(code(row)); }
     QString text(int row) const { return textOfCode(code(row)); }
@@ -133,7 +132,7 @@ public:
 
 private:
     friend class Dataset;
-    friend class ColumnStore;
+    friend struct TableColumn;
     static constexpr int chunkBits = 16;
     static constexpr int chunkMask = (1 << chunkBits) - 1;
 

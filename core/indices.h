@@ -9,7 +9,10 @@ class TableIndex
 {
 public:
     constexpr TableIndex() = default;
-    constexpr explicit TableIndex(qint32 value) : m_value(value) {}
+    constexpr explicit TableIndex(qint32 value)
+        : m_value(value)
+    {
+    }
 
     constexpr qint32 value() const { return m_value; }
     constexpr bool isValid() const { return m_value >= 0; }

@@ -8,7 +8,11 @@
 class MaxMemoryException : public std::exception
 {
 public:
-    MaxMemoryException(double limitGb, double usedGb) : m_limitGb(limitGb), m_usedGb(usedGb) {}
+    MaxMemoryException(double limitGb, double usedGb)
+        : m_limitGb(limitGb)
+        , m_usedGb(usedGb)
+    {
+    }
 
     const char *what() const noexcept override { return "memory ceiling exceeded"; }
     /// Both in units of 2^30 bytes.

@@ -46,20 +46,24 @@ public:
     static void setPoolingEnabled(bool enabled);
     static bool isPoolingEnabled();
 
+    /// The one empty text that all empty cells share.
+    static const QString &emptyText();
+
 private:
     // A value: 48 bits of address, 16 bits of length. Longer values have the length 0xffff here and
     // their true one in the 8 bytes before the text.
     using Slot = quint64;
     struct HashEntry
     {
-        quint32 tag;
-        Code code;
+        quint32 hash;
+        Code code; // emptyCode: free
     };
 
     const Slot &slot(Code code) const;
     Code store(std::string_view utf8);
-    Code lookUp(std::string_view utf8, quint64 hash) const;
-    void insertHash(quint64 hash, Code code);
+    Code lookUp(std::string_view utf8, quint32 hash) const;
+    void insertHash(quint32 hash, Code code);
+    void placeHash(HashEntry entry);
     void growHash();
     char *take(size_t bytes);
 
