@@ -112,24 +112,23 @@ QString decoded(std::string_view bytes)
     if (isAscii(bytes)) {
         return QString::fromLatin1(bytes.data(), int(bytes.size()));
     }
-    if (!hasSurrogates(bytes)) {
-        return QString::fromUtf8(bytes.data(), int(bytes.size()));
-    }
-    QString text;
-    text.reserve(int(bytes.size()));
+    // Not QString::fromUtf8(), which drops a leading U+FEFF and unpaired surrogates.
+    QString text(int(bytes.size()), Qt::Uninitialized);
+    QChar *to = text.data();
     const uchar *p = bytesOf(bytes);
     for (size_t left = bytes.size(); left > 0;) {
         const int length = sequenceLength(p, left, true);
         const uint c = length == 0 ? uint(QChar::ReplacementCharacter) : codePoint(p, length);
         if (QChar::requiresSurrogates(c)) {
-            text.append(QChar(QChar::highSurrogate(c)));
-            text.append(QChar(QChar::lowSurrogate(c)));
+            *to++ = QChar(QChar::highSurrogate(c));
+            *to++ = QChar(QChar::lowSurrogate(c));
         } else {
-            text.append(QChar(c));
+            *to++ = QChar(c);
         }
         p += qMax(length, 1);
         left -= size_t(qMax(length, 1));
     }
+    text.resize(int(to - text.constData()));
     return text;
 }
 
