@@ -56,10 +56,14 @@ QString defaultExtension(FileType type);
 /// All types in stored order.
 QList<FileType> fileTypes();
 bool isSpreadsheet(FileType type);
+/// True for the types that the reader of delimited text reads.
+bool isReadAsDelimitedText(FileType type);
 
 QString delimiterLabel(Delimiter delimiter);
 /// The character; `custom` is used for Custom (its first character). Automatic gives a comma.
 QChar delimiterCharacter(Delimiter delimiter, const QString &custom);
+/// The same as a text, which also holds a custom character beyond the first 65,536 whole.
+QString delimiterText(Delimiter delimiter, const QString &custom);
 /// The choices in the order in which they are offered.
 QList<Delimiter> delimiters(bool withAutomatic, bool withColonAndSpace, bool withCustom);
 
