@@ -2,9 +2,6 @@
 
 #include "utf8.h"
 
-#include <QtAlgorithms>
-#include <cstring>
-
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
@@ -12,20 +9,7 @@ namespace {
 
 bool poolingEnabled = true;
 
-constexpr quint64 addressMask = (quint64(1) << 48) - 1;
-constexpr quint64 longLength = 0xffff;
 constexpr size_t largestArenaBlock = size_t(1) << 20;
-constexpr quint32 firstBlockSize = 16;
-
-int blockOf(quint32 code)
-{
-    return 31 - int(qCountLeadingZeroBits(code / firstBlockSize + 1));
-}
-
-quint32 blockStart(int block)
-{
-    return firstBlockSize * ((quint32(1) << block) - 1);
-}
 
 quint32 hashOf(std::string_view utf8)
 {
@@ -56,23 +40,6 @@ const QString &ValuePool::emptyText()
 {
     static const QString empty = QString::fromLatin1("");
     return empty;
-}
-
-const ValuePool::Slot &ValuePool::slot(Code code) const
-{
-    const int block = blockOf(code);
-    return m_blocks[size_t(block)][code - blockStart(block)];
-}
-
-std::string_view ValuePool::utf8(Code code) const
-{
-    const Slot value = slot(code);
-    const char *const bytes = reinterpret_cast<const char *>(value & addressMask);
-    quint64 length = value >> 48;
-    if (Q_UNLIKELY(length == longLength)) {
-        memcpy(&length, bytes - sizeof length, sizeof length);
-    }
-    return {bytes, size_t(length)};
 }
 
 QString ValuePool::text(Code code) const

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QString>
+#include <QtAlgorithms>
 #include <array>
+#include <cstring>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -29,7 +31,16 @@ public:
 
     /// Codes run from 0 to count() - 1.
     Code count() const { return m_count; }
-    std::string_view utf8(Code code) const;
+    std::string_view utf8(Code code) const
+    {
+        const Slot value = slot(code);
+        const char *const bytes = reinterpret_cast<const char *>(value & addressMask);
+        quint64 length = value >> 48;
+        if (Q_UNLIKELY(length == longLength)) {
+            memcpy(&length, bytes - sizeof length, sizeof length);
+        }
+        return {bytes, size_t(length)};
+    }
     /// Equal codes of a pooled column share one text object; see stopLookups().
     QString text(Code code) const;
 
@@ -59,7 +70,22 @@ private:
         Code code; // emptyCode: free
     };
 
-    const Slot &slot(Code code) const;
+    static constexpr quint64 addressMask = (quint64(1) << 48) - 1;
+    static constexpr quint64 longLength = 0xffff;
+
+    // Block k holds 16 << k slots, so small columns stay small and no slot ever moves.
+    static constexpr quint32 firstBlockSize = 16;
+    static constexpr int blockCount = 29;
+    static int blockOf(Code code)
+    {
+        return 31 - int(qCountLeadingZeroBits(code / firstBlockSize + 1));
+    }
+    static Code blockStart(int block) { return firstBlockSize * ((Code(1) << block) - 1); }
+    const Slot &slot(Code code) const
+    {
+        const int block = blockOf(code);
+        return m_blocks[size_t(block)][code - blockStart(block)];
+    }
     Code store(std::string_view utf8);
     Code lookUp(std::string_view utf8, quint32 hash) const;
     void insertHash(quint32 hash, Code code);
@@ -67,8 +93,6 @@ private:
     void growHash();
     char *take(size_t bytes);
 
-    // Block k holds 16 << k slots, so small columns stay small and no slot ever moves.
-    static constexpr int blockCount = 29;
     std::array<std::unique_ptr<Slot[]>, blockCount> m_blocks;
     mutable std::array<std::unique_ptr<QString[]>, blockCount> m_texts;
     std::vector<std::unique_ptr<char[]>> m_arena;
