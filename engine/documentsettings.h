@@ -1,24 +1,9 @@
 #pragma once
 
+#include "documentrecords.h"
+
 #include <QList>
 #include <QString>
-
-/// A value of the batch table: in batch row `row` the item with this alias uses `value`.
-struct BatchValue
-{
-    int row = 0;
-    QString alias;
-    QString value;
-};
-
-enum class BatchLogMode : qint32 { Overwrite = 0, Append = 1 };
-
-struct BatchLogging
-{
-    bool enabled = false;
-    QString path;
-    BatchLogMode mode = BatchLogMode::Overwrite;
-};
 
 /// What a document holds beside its items and connections.
 struct DocumentSettings
