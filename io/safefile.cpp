@@ -1,0 +1,385 @@
+#include "safefile.h"
+
+#include <QFile>
+#include <QRandomGenerator>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int mostLinks = 40;
+constexpr int mostNames = 100;
+constexpr qint64 earlySyncBytes = 8 << 20;
+
+QByteArray folderOf(const QByteArray &path)
+{
+    const int slash = path.lastIndexOf('/');
+    return slash < 0    ? QByteArrayLiteral(".")
+           : slash == 0 ? QByteArrayLiteral("/")
+                        : path.left(slash);
+}
+
+/// Where a link whose target does not exist yet points to; empty when links go round in circles.
+QByteArray danglingTarget(QByteArray path)
+{
+    for (int i = 0; i < mostLinks; ++i) {
+        QByteArray link(4096, '\0');
+        const ssize_t length = ::readlink(path.constData(), link.data(), size_t(link.size()));
+        if (length < 0) {
+            return path;
+        }
+        link.truncate(int(length));
+        path = link.startsWith('/') ? link : folderOf(path) + '/' + link;
+    }
+    return QByteArray();
+}
+
+/// Names of files that the process has open: replacing what they lead to would cut off the reader.
+bool namesOpenFile(const QByteArray &path)
+{
+    return path.startsWith("/dev/fd/") || path.startsWith("/proc/") || path == "/dev/stdout" ||
+           path == "/dev/stderr";
+}
+
+// Short, so that it fits wherever the file's own name does.
+QByteArray randomName(const QByteArray &folder)
+{
+    return folder + "/.tw-" + QByteArray::number(QRandomGenerator::global()->generate(), 36);
+}
+
+/// A new file of a random name, or -1; the name is then empty.
+int createNamed(const QByteArray &folder, mode_t mode, QByteArray *name)
+{
+    for (int i = 0; i < mostNames; ++i) {
+        *name = randomName(folder);
+        const int file = ::open(name->constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (file >= 0) {
+            return file;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    name->clear();
+    return -1;
+}
+
+bool writeAll(int file, const char *bytes, qint64 size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(file, bytes, size_t(size));
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            errno = written == 0 ? EIO : errno;
+            return false;
+        }
+        bytes += written;
+        size -= written;
+    }
+    return true;
+}
+
+/// Copies from one file position to the other up to the end, in the kernel where it can.
+bool copyRest(int from, int to, qint64 *copied)
+{
+    while (true) {
+        const ssize_t count = ::copy_file_range(from, nullptr, to, nullptr, size_t(1) << 30, 0);
+        if (count <= 0) {
+            break;
+        }
+        *copied += count;
+    }
+    // Not every file system can; whatever is left is copied by hand.
+    const size_t blockSize = size_t(1) << 20;
+    const std::unique_ptr<char[]> block(new char[blockSize]);
+    while (true) {
+        const ssize_t count = ::read(from, block.get(), blockSize);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return count == 0;
+        }
+        if (!writeAll(to, block.get(), count)) {
+            return false;
+        }
+        *copied += count;
+    }
+}
+
+qint64 modifiedTime(const struct stat &status)
+{
+    return qint64(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
+}
+
+} // namespace
+
+SafeFile::~SafeFile()
+{
+    discard();
+}
+
+bool SafeFile::open(const QString &path, Start start)
+{
+    discard();
+    m_path = path;
+    m_error.clear();
+    m_target.clear();
+    m_oldSize = 0;
+    m_unsynced = 0;
+    m_replaces = false;
+    m_direct = false;
+    if (path.contains(QChar(0))) {
+        return failWith(tr("it is not a valid file path"));
+    }
+    if (!findTarget()) {
+        return false;
+    }
+    if (m_direct) {
+        return openDirect();
+    }
+    m_appends = m_replaces && start == Start::OldContent;
+    return openTemporary() && (!m_appends || copyOldContent());
+}
+
+/// Finds out what the path stands for, and where the new file has to go.
+bool SafeFile::findTarget()
+{
+    const QByteArray path = QFile::encodeName(m_path);
+    struct stat status = {};
+    if (::stat(path.constData(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) {
+            return failWith(tr("it is a folder"));
+        }
+        if (S_ISBLK(status.st_mode)) {
+            return failWith(tr("it is a disk or another block device"));
+        }
+        if (!S_ISREG(status.st_mode) || namesOpenFile(path)) {
+            m_direct = true;
+            m_target = path;
+            return true;
+        }
+        const std::unique_ptr<char, decltype(&std::free)> real(
+            ::realpath(path.constData(), nullptr), &std::free);
+        if (!real) {
+            return fail(errno);
+        }
+        m_target = real.get();
+        m_replaces = true;
+        // The folder alone decides whether a file can be replaced, but a file that may not be
+        // written to is protected on purpose.
+        if (::faccessat(AT_FDCWD, m_target.constData(), W_OK, AT_EACCESS) != 0) {
+            return fail(errno);
+        }
+    } else if (errno == ENOENT) {
+        m_target = danglingTarget(path);
+        if (m_target.isEmpty()) {
+            return fail(m_path.isEmpty() ? ENOENT : ELOOP);
+        }
+        if (m_target.endsWith('/')) {
+            return failWith(tr("it is a folder"));
+        }
+    } else {
+        return fail(errno);
+    }
+    m_folder = folderOf(m_target);
+    if (::stat(m_folder.constData(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        return failWith(tr("folder '%1' does not exist").arg(QFile::decodeName(m_folder)));
+    }
+    return true;
+}
+
+bool SafeFile::openDirect()
+{
+    // Without waiting: a pipe that nobody reads is an error, not a program that hangs.
+    m_file = ::open(m_target.constData(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (m_file < 0) {
+        return fail(errno);
+    }
+    const int flags = ::fcntl(m_file, F_GETFL);
+    return (flags >= 0 && ::fcntl(m_file, F_SETFL, flags & ~O_NONBLOCK) == 0) || fail(errno);
+}
+
+bool SafeFile::openTemporary()
+{
+    // What replaces a private file must be private from its first byte on.
+    const mode_t mode = m_replaces ? 0600 : 0666;
+    m_file = ::open(m_folder.constData(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode);
+    if (m_file < 0) {
+        m_file = createNamed(m_folder, mode, &m_temporary);
+    }
+    if (m_file < 0) {
+        return failWith(tr("no file can be created in '%1' (%2)")
+                            .arg(QFile::decodeName(m_folder), qt_error_string(errno)));
+    }
+    return !m_replaces || keepAttributes();
+}
+
+bool SafeFile::keepAttributes()
+{
+    struct stat old = {};
+    struct stat own = {};
+    if (::stat(m_target.constData(), &old) != 0 || ::fstat(m_file, &own) != 0) {
+        return fail(errno);
+    }
+    m_oldModified = modifiedTime(old);
+    mode_t mode = old.st_mode & 0777;
+    // Only the system administrator can give files away; else the writer owns the new one.
+    const bool sameOwner = own.st_uid == old.st_uid || ::fchown(m_file, old.st_uid, gid_t(-1)) == 0;
+    Q_UNUSED(sameOwner)
+    if (own.st_gid != old.st_gid && ::fchown(m_file, uid_t(-1), old.st_gid) != 0) {
+        mode = (mode & ~mode_t(070)) | (mode & 07) << 3; // another group gets no more than all
+    }
+    return ::fchmod(m_file, mode) == 0 || fail(errno);
+}
+
+bool SafeFile::copyOldContent()
+{
+    const int old = ::open(m_target.constData(), O_RDONLY | O_CLOEXEC);
+    if (old < 0) {
+        return failWith(tr("its present content cannot be read (%1)").arg(qt_error_string(errno)));
+    }
+    const bool copied = copyRest(old, m_file, &m_oldSize);
+    const int systemError = errno;
+    ::close(old);
+    return copied || fail(systemError);
+}
+
+QByteArray SafeFile::oldBytes(qint64 offset, int size) const
+{
+    QByteArray bytes(size, '\0');
+    const ssize_t count = ::pread(m_file, bytes.data(), size_t(size), offset);
+    bytes.truncate(int(qMax(ssize_t(0), count)));
+    return bytes;
+}
+
+QByteArray SafeFile::oldHead(int size) const
+{
+    return oldBytes(0, int(qMin(qint64(size), m_oldSize)));
+}
+
+QByteArray SafeFile::oldTail(int size) const
+{
+    const int count = int(qMin(qint64(size), m_oldSize));
+    return oldBytes(m_oldSize - count, count);
+}
+
+bool SafeFile::write(const char *bytes, qint64 size)
+{
+    if (m_file < 0) {
+        return false;
+    }
+    if (!writeAll(m_file, bytes, size)) {
+        return fail(errno);
+    }
+    m_unsynced += size;
+    if (m_replaces && m_unsynced >= earlySyncBytes) {
+        // The disk works while the next rows are made, so that commit() has less to wait for.
+        ::sync_file_range(m_file, 0, 0, SYNC_FILE_RANGE_WRITE);
+        m_unsynced = 0;
+    }
+    return true;
+}
+
+bool SafeFile::isOldFileUnchanged()
+{
+    struct stat status = {};
+    return ::stat(m_target.constData(), &status) == 0 && status.st_size == m_oldSize &&
+           modifiedTime(status) == m_oldModified;
+}
+
+/// Gives the nameless temporary file a name.
+bool SafeFile::nameTemporary()
+{
+    const QByteArray self = "/proc/self/fd/" + QByteArray::number(m_file);
+    for (int i = 0; i < mostNames; ++i) {
+        m_temporary = randomName(m_folder);
+        if (::linkat(AT_FDCWD, self.constData(), AT_FDCWD, m_temporary.constData(),
+                     AT_SYMLINK_FOLLOW) == 0) {
+            return true;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    m_temporary.clear();
+    return false;
+}
+
+/// For systems that cannot name a nameless file: its content moves to one that has a name.
+bool SafeFile::moveToNamed()
+{
+    const int nameless = m_file;
+    m_file = createNamed(m_folder, m_replaces ? 0600 : 0666, &m_temporary);
+    int systemError = errno;
+    bool moved = m_file >= 0;
+    if (moved) {
+        qint64 copied = 0;
+        moved = (!m_replaces || keepAttributes()) && ::lseek(nameless, 0, SEEK_SET) == 0 &&
+                copyRest(nameless, m_file, &copied);
+        systemError = errno;
+    }
+    ::close(nameless);
+    return moved || !m_error.isEmpty() ? moved : fail(systemError);
+}
+
+bool SafeFile::commit()
+{
+    if (m_file < 0) {
+        return false;
+    }
+    if (!m_direct) {
+        if (m_appends && !isOldFileUnchanged()) {
+            return failWith(tr("another program changed it meanwhile"));
+        }
+        if (m_temporary.isEmpty() && !nameTemporary() && !moveToNamed()) {
+            return false;
+        }
+        // The new bytes must be on the disk before the old ones go. Where there was no file, there
+        // is nothing to protect and no reason to wait.
+        if (m_replaces && ::fsync(m_file) != 0 && errno != EINVAL && errno != ENOTSUP) {
+            return fail(errno);
+        }
+    }
+    const int file = m_file;
+    m_file = -1;
+    if (::close(file) != 0 && errno != EINTR) {
+        return fail(errno);
+    }
+    if (!m_direct && ::rename(m_temporary.constData(), m_target.constData()) != 0) {
+        return fail(errno);
+    }
+    m_temporary.clear();
+    return true;
+}
+
+bool SafeFile::fail(int systemError)
+{
+    return failWith(qt_error_string(systemError));
+}
+
+bool SafeFile::failWith(const QString &reason)
+{
+    m_error = tr("Unable to write to '%1': %2.").arg(m_path, reason);
+    discard();
+    return false;
+}
+
+void SafeFile::discard()
+{
+    if (m_file >= 0) {
+        ::close(m_file);
+        m_file = -1;
+    }
+    if (!m_temporary.isEmpty()) {
+        ::unlink(m_temporary.constData());
+        m_temporary.clear();
+    }
+}

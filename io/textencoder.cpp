@@ -1,0 +1,160 @@
+#include "textencoder.h"
+
+#include "utf8.h"
+
+#include <QTextCodec>
+#include <algorithm>
+
+namespace {
+
+constexpr size_t blockSize = size_t(1) << 20;
+constexpr size_t codePoints = 0x110000;
+constexpr int utf8Mib = 106;
+
+enum Knowledge : quint8 { Unknown, Held, NotHeld };
+
+bool isSurrogate(uint codePoint)
+{
+    return codePoint >= 0xd800 && codePoint <= 0xdfff;
+}
+
+/// The next code point of bytes as the tables store them; moves the position behind it.
+uint nextCodePoint(std::string_view utf8, size_t *position)
+{
+    const auto byte = [&](size_t i) { return uint(uchar(utf8[*position + i])); };
+    const uint lead = byte(0);
+    const size_t length = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
+    uint codePoint = length == 1 ? lead : lead & (0x7fu >> length);
+    for (size_t i = 1; i < length && *position + i < utf8.size(); ++i) {
+        codePoint = codePoint << 6 | (byte(i) & 0x3f);
+    }
+    *position = std::min(*position + length, utf8.size());
+    return codePoint;
+}
+
+} // namespace
+
+OutputCodec::OutputCodec(const QString &name)
+    : m_name(name.isEmpty() ? QStringLiteral("UTF-8") : name)
+    , m_codec(QTextCodec::codecForName(m_name.toLatin1()))
+{
+    m_isUtf8 = m_codec && m_codec->mibEnum() == utf8Mib;
+    for (uint codePoint = 0; m_codec && m_holdsAscii && codePoint < 0x80; ++codePoint) {
+        m_holdsAscii = holds(codePoint);
+    }
+}
+
+bool OutputCodec::isUnicode() const
+{
+    // The registered numbers of UTF-8, UTF-16 (BE, LE, either) and UTF-32 (either, BE, LE).
+    static constexpr int mibs[] = {utf8Mib, 1013, 1014, 1015, 1017, 1018, 1019};
+    return std::find(std::begin(mibs), std::end(mibs), m_codec->mibEnum()) != std::end(mibs);
+}
+
+bool OutputCodec::holds(uint codePoint) const
+{
+    if (isSurrogate(codePoint) || codePoint >= codePoints) {
+        return false;
+    }
+    if (isUnicode()) {
+        return true;
+    }
+    if (m_known.empty()) {
+        m_known.resize(codePoints, Unknown);
+    }
+    quint8 &known = m_known[codePoint];
+    if (known == Unknown) {
+        known = survives(codePoint) ? Held : NotHeld;
+    }
+    return known == Held;
+}
+
+bool OutputCodec::holds(const QString &text) const
+{
+    const QVector<uint> all = text.toUcs4();
+    return std::all_of(all.begin(), all.end(), [this](uint c) { return holds(c); });
+}
+
+/// Not every codec tells what it could not encode, so the way there and back has to.
+bool OutputCodec::survives(uint codePoint) const
+{
+    const QString text = QString::fromUcs4(&codePoint, 1);
+    return m_codec->toUnicode(encoded(text)) == text;
+}
+
+QByteArray OutputCodec::byteOrderMark() const
+{
+    return isUnicode() ? encoded(QString(QChar(QChar::ByteOrderMark))) : QByteArray();
+}
+
+QByteArray OutputCodec::encoded(const QString &text) const
+{
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    return m_codec->fromUnicode(text.constData(), text.size(), &state);
+}
+
+std::unique_ptr<QTextEncoder> OutputCodec::makeEncoder() const
+{
+    return std::unique_ptr<QTextEncoder>(m_codec->makeEncoder(QTextCodec::IgnoreHeader));
+}
+
+TextEncoder::TextEncoder(const OutputCodec &codec, Sink sink)
+    : m_codec(codec)
+    , m_sink(std::move(sink))
+    , m_block(new char[blockSize])
+    , m_at(m_block.get())
+    , m_blockEnd(m_at + blockSize)
+{
+    if (!codec.isUtf8()) {
+        m_encoder = codec.makeEncoder();
+    }
+}
+
+TextEncoder::~TextEncoder() = default;
+
+void TextEncoder::append(std::string_view utf8)
+{
+    while (!utf8.empty()) {
+        const size_t size = std::min(utf8.size(), largestRoom);
+        char *const at = room(size);
+        memcpy(at, utf8.data(), size);
+        setEnd(at + size);
+        utf8.remove_prefix(size);
+    }
+}
+
+bool TextEncoder::flush()
+{
+    size_t size = size_t(m_at - m_block.get());
+    size_t kept = 0;
+    if (!m_failed && size > 0) {
+        if (m_encoder) {
+            kept = size_t(Utf8::incompleteTail(std::string_view(m_block.get(), size)));
+            size -= kept;
+            const QString text = Utf8::decoded(std::string_view(m_block.get(), size));
+            const QByteArray bytes = m_encoder->fromUnicode(text);
+            m_failed = !m_sink(bytes.constData(), bytes.size());
+        } else {
+            m_failed = !m_sink(m_block.get(), qint64(size));
+        }
+        memmove(m_block.get(), m_block.get() + size, kept);
+    }
+    m_at = m_block.get() + kept;
+    return !m_failed;
+}
+
+bool TextEncoder::replaceUnencodable(std::string_view utf8, std::string *out) const
+{
+    bool replaced = false;
+    out->clear();
+    for (size_t at = 0; at < utf8.size();) {
+        const size_t start = at;
+        if (m_codec.holds(nextCodePoint(utf8, &at))) {
+            out->append(utf8.substr(start, at - start));
+        } else {
+            out->push_back('?');
+            replaced = true;
+        }
+    }
+    return replaced;
+}
