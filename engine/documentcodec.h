@@ -1,22 +1,10 @@
 #pragma once
 
-#include <QList>
 #include <QPointF>
 #include <QString>
-#include <QStringList>
 
-/// How texts, lists and positions stand in an attribute of a document.
+/// How an item's position stands in an attribute of a document. Texts and lists: see ListCodec.
 namespace DocumentCodec {
-
-/// Percent-encoded UTF-8: only ASCII letters and digits, "-", ".", "_" and "~" stay.
-QString encodedText(const QString &text);
-/// A per cent sign without two hexadecimal digits stands for itself; bytes that are no UTF-8 become
-/// U+FFFD.
-QString decodedText(const QString &text);
-
-/// Every item encoded, joined with U+001F. A list of one empty text reads back as an empty list.
-QString encodedList(const QStringList &list);
-QStringList decodedList(const QString &text);
 
 /// "x" U+001F "y", six significant digits.
 QString encodedPosition(QPointF position);

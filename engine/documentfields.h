@@ -62,9 +62,9 @@ void describe(Fields &f, TransformRecord &transform)
 }
 
 template <class Fields>
-void describe(Fields &f, ParameterRecord &parameter)
+void describe(Fields &f, StoredParameter &parameter)
 {
-    f.text("name", parameter.name);
+    f.text("name", parameter.key);
     f.integer("type", parameter.type, INT_MIN);
     f.text("value", parameter.value);
     f.list("columns", parameter.columns);

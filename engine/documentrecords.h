@@ -2,6 +2,7 @@
 
 #include "inputoptions.h"
 #include "outputoptions.h"
+#include "storedparameter.h"
 
 #include <QList>
 #include <QMap>
@@ -27,20 +28,10 @@ struct InputRecord : ItemRecord
     InputOptions options;
 };
 
-/// A parameter as it is stored: `value` is the value's text, not percent-encoded.
-struct ParameterRecord
-{
-    QString name;
-    int type = -1;
-    QString value;
-    /// For column types: the names that the stored numbers stand for. Empty when not stored.
-    QStringList columns;
-};
-
 /// `name` is the stored name of the transform's type.
 struct TransformRecord : ItemRecord
 {
-    QList<ParameterRecord> parameters;
+    QList<StoredParameter> parameters;
 };
 
 struct OutputRecord : ItemRecord

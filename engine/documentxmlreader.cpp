@@ -1,6 +1,7 @@
 #include "documentcodec.h"
 #include "documentfields.h"
 #include "documentxml.h"
+#include "listcodec.h"
 #include "texts.h"
 #include "xmlguard.h"
 
@@ -73,19 +74,19 @@ public:
     }
     void text(const char *name, QString &member)
     {
-        member = DocumentCodec::decodedText(take(name).value_or(QString()));
+        member = ListCodec::decodedText(take(name).value_or(QString()));
     }
     void textIfAny(const char *name, QString &member) { text(name, member); }
     void textOrDefault(const char *name, QString &member)
     {
         const Value value = take(name);
         if (value && !value->isEmpty()) {
-            member = DocumentCodec::decodedText(*value);
+            member = ListCodec::decodedText(*value);
         }
     }
     void list(const char *name, QStringList &member)
     {
-        member = DocumentCodec::decodedList(take(name).value_or(QString()));
+        member = ListCodec::decoded(take(name).value_or(QString()));
     }
     void numbers(const char *name, QList<int> &member);
     void position(const char *name, QPointF &member)
@@ -152,7 +153,7 @@ void FieldReader::numbers(const char *name, QList<int> &member)
         return;
     }
     QList<int> numbers;
-    for (const QString &text : DocumentCodec::decodedList(*value)) {
+    for (const QString &text : ListCodec::decoded(*value)) {
         bool ok = false;
         numbers.append(text.toInt(&ok));
         if (!ok) {
@@ -288,7 +289,7 @@ void DocumentReader::readMeta(const QDomElement &meta)
 }
 
 // Option texts of earlier versions that have been renamed since.
-void convertOldValue(const QString &typeName, ParameterRecord *parameter)
+void convertOldValue(const QString &typeName, StoredParameter *parameter)
 {
     struct Renamed
     {
@@ -304,7 +305,7 @@ void convertOldValue(const QString &typeName, ParameterRecord *parameter)
     };
     for (const Renamed &rename : renamed) {
         if (typeName == QLatin1String(rename.type) &&
-            parameter->name == QLatin1String(rename.parameter) &&
+            parameter->key == QLatin1String(rename.parameter) &&
             parameter->value == QLatin1String(rename.oldValue)) {
             parameter->value = QString::fromLatin1(rename.newValue);
             return;
@@ -318,7 +319,7 @@ TransformRecord DocumentReader::readTransform(const QDomElement &element)
     forEachChild(element, "parameters", [&](const QDomElement &parameters) {
         readAll(parameters, "parameter", &transform.parameters);
     });
-    for (ParameterRecord &parameter : transform.parameters) {
+    for (StoredParameter &parameter : transform.parameters) {
         convertOldValue(transform.name, &parameter);
     }
     return transform;

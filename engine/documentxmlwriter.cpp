@@ -1,6 +1,7 @@
 #include "documentcodec.h"
 #include "documentfields.h"
 #include "documentxml.h"
+#include "listcodec.h"
 
 #include <QDomDocument>
 #include <QHashFunctions>
@@ -36,7 +37,7 @@ public:
     }
     void text(const char *name, const QString &value)
     {
-        putUnlessEmpty(name, DocumentCodec::encodedText(value));
+        putUnlessEmpty(name, ListCodec::encodedText(value));
     }
     void textOrDefault(const char *name, const QString &value) { text(name, value); }
     void textIfAny(const char *name, const QString &value)
@@ -47,7 +48,7 @@ public:
     }
     void list(const char *name, const QStringList &value)
     {
-        putUnlessEmpty(name, DocumentCodec::encodedList(value));
+        putUnlessEmpty(name, ListCodec::encoded(value));
     }
     void numbers(const char *name, const QList<int> &value)
     {

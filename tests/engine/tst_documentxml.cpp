@@ -83,12 +83,12 @@ static DocumentRecords fullDocument()
     transform.name = QStringLiteral("Filter");
     transform.comment = awkward();
     transform.position = QPointF(0.1, -0.2);
-    ParameterRecord parameter;
-    parameter.name = QStringLiteral("Columns");
+    StoredParameter parameter;
+    parameter.key = QStringLiteral("Columns");
     parameter.type = 1;
     parameter.value = QStringLiteral("1\x1F") + QStringLiteral("4");
     parameter.columns = QStringList{QStringLiteral("order id"), awkward()};
-    transform.parameters = {parameter, ParameterRecord()};
+    transform.parameters = {parameter, StoredParameter()};
     d.transforms = {transform};
 
     OutputRecord output;
