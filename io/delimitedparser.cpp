@@ -89,7 +89,6 @@ DelimitedParser::Stop DelimitedParser::cutRow()
 {
     m_count = 0;
     m_assembled.clear();
-    m_assembledText.clear();
     const char *at = m_at;
     if (at == m_end) {
         return m_textEnded ? Stop::TextEnd : Stop::Starved;
@@ -152,8 +151,7 @@ inline DelimitedParser::Stop DelimitedParser::stopAt(const char *found, const ch
 
 bool DelimitedParser::cutQuoted(const char *at, std::string_view *value, const char **found)
 {
-    const size_t assembledFrom = m_assembledText.size();
-    bool assembled = false;
+    const size_t from = m_assembled.size();
     const char *piece = at + 1;
     const char *close = nextQuote(piece);
     for (;;) {
@@ -163,21 +161,25 @@ bool DelimitedParser::cutQuoted(const char *at, std::string_view *value, const c
         if (close + 1 >= m_end || close[1] != quote) {
             break;
         }
-        m_assembledText.append(piece, close + 1);
-        assembled = true;
+        // Two quotes stand for one.
+        m_assembled.text()->append(piece, close + 1);
         piece = close + 2;
         close = nextQuote(piece);
     }
     *found = close < m_end ? nextSeparator(close + 1) : m_end;
     const char *const rest = std::min(close + 1, *found);
-    if (rest < *found || assembled) {
-        m_assembledText.append(piece, close);
-        m_assembledText.append(rest, *found);
-        *value = {m_assembledText.data() + assembledFrom, m_assembledText.size() - assembledFrom};
-        m_assembled.push_back({m_count, assembledFrom});
-    } else {
+    if (rest == *found && m_assembled.size() == from) {
         *value = {piece, size_t(close - piece)};
+        return true;
     }
+    std::string *const text = m_assembled.text();
+    text->append(piece, close);
+    // The start of a damaged sequence must not become whole by what follows the quote.
+    const auto cut = size_t(Utf8::incompleteTail(*text));
+    std::fill(text->end() - ptrdiff_t(cut), text->end(), TextSource::damageMark);
+    text->append(rest, *found);
+    m_assembled.end(m_count, from);
+    *value = std::string_view(*text).substr(from);
     return true;
 }
 
@@ -295,11 +297,7 @@ inline bool DelimitedParser::addValue(std::string_view value)
 
 void DelimitedParser::endRow(const char *next)
 {
-    // The assembled text may have moved while it grew.
-    for (const Assembled &assembled : m_assembled) {
-        std::string_view &value = m_values[size_t(assembled.value)];
-        value = {m_assembledText.data() + assembled.from, value.size()};
-    }
+    m_assembled.place(m_values.data());
     m_rowStart = m_at;
     m_at = next;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "progress.h"
+#include "rowtext.h"
 #include "textdecoder.h"
 
 #include <QString>
@@ -54,11 +55,6 @@ public:
 
 private:
     enum class Stop { Delimiter, RowEnd, TextEnd, Starved };
-    struct Assembled
-    {
-        int value;
-        size_t from;
-    };
 
     Stop cutRow();
     Stop stopAt(const char *found, const char **next) const;
@@ -102,6 +98,5 @@ private:
 
     std::vector<std::string_view> m_values;
     int m_count = 0;
-    std::string m_assembledText;
-    std::vector<Assembled> m_assembled;
+    RowText m_assembled;
 };

@@ -36,7 +36,7 @@ bool isSimple(std::string_view value)
     return value.empty() || !afterSpace;
 }
 
-/// Appends what QString::simplified() makes of a value: never more bytes than it has.
+/// Appends what QString::simplified() makes of a value.
 void appendSimplified(std::string_view value, std::string *out)
 {
     if (!Utf8::isAscii(value)) {
@@ -56,15 +56,6 @@ void appendSimplified(std::string_view value, std::string *out)
         gap = false;
         out->push_back(byte);
     }
-}
-
-size_t totalSize(const std::string_view *values, int count)
-{
-    size_t total = 0;
-    for (int i = 0; i < count; ++i) {
-        total += values[i].size();
-    }
-    return total;
 }
 
 } // namespace
@@ -114,19 +105,16 @@ void RowCollector::add(std::string_view *values, int count, bool clean)
 
 void RowCollector::mend(std::string_view *values, int count)
 {
-    // Reserved, so that the text does not move: a byte becomes three at most.
-    m_mendedText.clear();
-    m_mendedText.reserve(3 * totalSize(values, count));
+    m_mended.clear();
     for (int i = 0; i < count; ++i) {
-        const std::optional<std::string> text = m_source.mended(values[i]);
-        if (!text) {
-            continue;
+        if (const std::optional<std::string> text = m_source.mended(values[i])) {
+            const size_t from = m_mended.size();
+            m_mended.text()->append(*text);
+            m_mended.end(i, from);
+            ++m_mendedValues;
         }
-        ++m_mendedValues;
-        const size_t from = m_mendedText.size();
-        m_mendedText.append(*text);
-        values[i] = {m_mendedText.data() + from, text->size()};
     }
+    m_mended.place(values);
 }
 
 void RowCollector::tidy(std::string_view *values, int count)
@@ -135,16 +123,16 @@ void RowCollector::tidy(std::string_view *values, int count)
         std::transform(values, values + count, values, Utf8::trimmed);
         return;
     }
-    m_tidiedText.clear();
-    m_tidiedText.reserve(totalSize(values, count));
+    m_tidied.clear();
     for (int i = 0; i < count; ++i) {
         if (Utf8::isAscii(values[i]) && isSimple(values[i])) {
             continue;
         }
-        const size_t from = m_tidiedText.size();
-        appendSimplified(values[i], &m_tidiedText);
-        values[i] = {m_tidiedText.data() + from, m_tidiedText.size() - from};
+        const size_t from = m_tidied.size();
+        appendSimplified(values[i], m_tidied.text());
+        m_tidied.end(i, from);
     }
+    m_tidied.place(values);
 }
 
 void RowCollector::countLength(int length)

@@ -2,12 +2,12 @@
 
 #include "dataset.h"
 #include "messages.h"
+#include "rowtext.h"
 #include "tablebuilder.h"
 
 #include <QStringList>
 #include <map>
 #include <optional>
-#include <string>
 #include <string_view>
 
 struct InputOptions;
@@ -54,9 +54,8 @@ private:
     std::map<int, LengthCount> m_lengths;
     LengthCount *m_lastLengthCount = nullptr;
     int m_lastLength = -1;
-    /// Holds the changed values of a row.
-    std::string m_mendedText;
-    std::string m_tidiedText;
+    RowText m_mended;
+    RowText m_tidied;
 };
 
 /// The table without the columns in which every value is empty. A table without rows keeps its

@@ -10,9 +10,6 @@
 namespace {
 
 constexpr char replacementBytes[] = "\xef\xbf\xbd";
-// Stands in decoded text for what the codec could not decode, until the value is mended. The byte
-// occurs nowhere in UTF-8.
-constexpr char damageMark = '\xff';
 constexpr qint64 codecBlockSize = 1 << 16;
 constexpr int utf8Mib = 106;
 
@@ -55,7 +52,7 @@ bool markDamage(std::string *text)
     size_t from = to;
     while (from < text->size()) {
         if (text->compare(from, 3, replacementBytes) == 0) {
-            (*text)[to] = damageMark;
+            (*text)[to] = TextSource::damageMark;
             from += 3;
         } else {
             (*text)[to] = (*text)[from];

@@ -17,6 +17,9 @@
 class TextSource
 {
 public:
+    /// Stands for a byte that could not be decoded until its value is mended. UTF-8 never has it.
+    static constexpr char damageMark = '\xff';
+
     /// Opens a file. `encoding` is "Automatic" (UTF-8, unless a byte-order mark says otherwise) or
     /// a codec's name; for an unknown one isEncodingKnown() answers false and UTF-8 is taken.
     /// Answers null and an error text when the file can't be opened.
