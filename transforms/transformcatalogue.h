@@ -17,8 +17,10 @@ public:
     TransformCatalogue(const TransformCatalogue &) = delete;
     TransformCatalogue &operator=(const TransformCatalogue &) = delete;
 
+    /// Also those that a palette leaves out; see Transform::isBuilt().
     QList<const Transform *> types() const;
-    /// A new transform of the type whose stored name this is; null when there is none.
+    /// A new transform of the type whose stored name this is, still without parameters; null when
+    /// there is no such type.
     std::unique_ptr<Transform> create(const QString &typeName) const;
 
 private:

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "dataset.h"
+
+#include <QString>
+#include <vector>
+
+/// A text with column variables, compiled for one table: `$(2)` stands for the value of the second
+/// column of the same row, `$(Name)` for that of the first column of that name. What names no
+/// column stays as written. Values put in are not looked through again.
+class ColumnTemplate
+{
+public:
+    /// The table must neither change nor be destroyed while the template is used.
+    ColumnTemplate(const QString &text, const Dataset &table);
+
+    bool hasVariables() const { return !m_variables.empty(); }
+    QString expanded(int row) const;
+
+    /// The form written for a column: "$(%1)" with its number, counted from 1.
+    static QString variable(ColIndex column);
+
+private:
+    struct Variable
+    {
+        QString textBefore;
+        ColumnReader column;
+    };
+
+    std::vector<Variable> m_variables;
+    QString m_textAfter;
+};

@@ -1,0 +1,50 @@
+#include "transformcatalogue.h"
+
+#include "transformfilter.h"
+#include "unbuilttransform.h"
+
+#include <algorithm>
+
+namespace {
+
+/// All types. A new one takes its line here, in the order of the class names, and its facts leave
+/// the list of those not built.
+std::vector<std::unique_ptr<Transform>> prototypes()
+{
+    std::vector<std::unique_ptr<Transform>> list;
+    list.push_back(std::make_unique<TransformFilter>());
+    for (const TransformFacts *const facts : UnbuiltTransform::allFacts()) {
+        list.push_back(std::make_unique<UnbuiltTransform>(*facts));
+    }
+    return list;
+}
+
+} // namespace
+
+TransformCatalogue::TransformCatalogue()
+    : m_prototypes(prototypes())
+{
+    std::sort(m_prototypes.begin(), m_prototypes.end(),
+              [](const auto &a, const auto &b) { return a->name() < b->name(); });
+}
+
+TransformCatalogue::~TransformCatalogue() = default;
+
+QList<const Transform *> TransformCatalogue::types() const
+{
+    QList<const Transform *> list;
+    for (const auto &each : m_prototypes) {
+        list.append(each.get());
+    }
+    return list;
+}
+
+std::unique_ptr<Transform> TransformCatalogue::create(const QString &typeName) const
+{
+    for (const auto &each : m_prototypes) {
+        if (each->typeName() == typeName) {
+            return each->clone();
+        }
+    }
+    return nullptr;
+}
