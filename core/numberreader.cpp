@@ -3,7 +3,6 @@
 #include "valueinterpretation.h"
 
 #include <charconv>
-#include <limits>
 
 namespace {
 
@@ -85,17 +84,17 @@ void report(bool *ok, bool value)
 } // namespace
 
 // A sign, digits with well-placed group separators, and a fraction.
+template <class Char>
 struct NumberReader::Scan
 {
+    const Char *begin = nullptr; // the first digit or the decimal point
+    const Char *end = nullptr;
     quint64 digits = 0; // all digits without the decimal point, while there are at most safeDigits
     quint64 whole = 0;  // the digits before the decimal point
     int count = 0;
     int wholeCount = 0;
     bool negative = false;
     bool hasFraction = false; // other digits than 0 after the decimal point
-    // For decimal fractions that need correct rounding: "12.5", the first bytes of the number.
-    std::array<char, 40> plain;
-    int plainSize = 0;
 };
 
 NumberReader::NumberReader()
@@ -166,28 +165,24 @@ NumberReader::Outcome NumberReader::judgeRest(const Char *at, const Char *end,
 
 template <class Char>
 NumberReader::Outcome NumberReader::scanDigits(const Char *begin, const Char *end,
-                                               Scan *result) const
+                                               Scan<Char> *result) const
 {
     const Char *at = begin;
     if (*at == Char('-')) {
         result->negative = true;
         ++at;
     }
-    const auto take = [result](Char c) {
-        const unsigned digit = unsigned(c) - '0';
-        result->digits = result->digits * 10 + digit;
-        ++result->count;
-        if (result->plainSize < int(result->plain.size())) {
-            result->plain[size_t(result->plainSize++)] = char(c);
-        }
-        return digit;
-    };
+    result->begin = at;
+    result->end = end;
+    quint64 digits = 0;
+    int count = 0;
     int sinceGroup = 0;
     bool grouped = false;
     for (; at < end; ++at) {
         const Kind k = kind(*at);
         if (k == Kind::Digit) {
-            take(*at);
+            digits = digits * 10 + quint64(*at - Char('0'));
+            ++count;
             ++sinceGroup;
             continue;
         }
@@ -200,28 +195,26 @@ NumberReader::Outcome NumberReader::scanDigits(const Char *begin, const Char *en
         grouped = true;
         sinceGroup = 0;
     }
-    if (result->count == 0) {
-        return judgeRest(at, end, false);
-    }
     if (grouped && sinceGroup != 3) {
         return judgeRest(at, end, false);
     }
-    result->whole = result->digits;
-    result->wholeCount = result->count;
+    result->whole = digits;
+    result->wholeCount = count;
     if (at < end && kind(*at) == Kind::Decimal) {
-        if (result->plainSize < int(result->plain.size())) {
-            result->plain[size_t(result->plainSize++)] = '.';
-        }
         for (++at; at < end && kind(*at) == Kind::Digit; ++at) {
-            result->hasFraction |= take(*at) != 0;
+            digits = digits * 10 + quint64(*at - Char('0'));
+            ++count;
+            result->hasFraction |= *at != Char('0');
         }
     }
-    return at == end ? Outcome::Number : judgeRest(at, end, true);
+    result->digits = digits;
+    result->count = count;
+    return at == end && count > 0 ? Outcome::Number : judgeRest(at, end, count > 0);
 }
 
 template <class Char>
 NumberReader::Outcome NumberReader::scan(const Char *begin, const Char *end, bool stripCurrency,
-                                         Scan *result) const
+                                         Scan<Char> *result) const
 {
     while (begin < end && isAsciiSpace(*begin)) {
         ++begin;
@@ -250,11 +243,30 @@ NumberReader::Outcome NumberReader::scan(const Char *begin, const Char *end, boo
     return scanDigits(begin, end, result);
 }
 
+// For numbers of many digits. Those of very many are left to the locale's parser.
+template <class Char>
+bool NumberReader::correctlyRounded(const Scan<Char> &number, double *value) const
+{
+    std::array<char, 64> plain;
+    if (number.end - number.begin > qptrdiff(plain.size())) {
+        return false;
+    }
+    char *to = plain.data();
+    for (const Char *at = number.begin; at < number.end; ++at) {
+        const Kind k = kind(*at);
+        if (k != Kind::Group) {
+            *to++ = k == Kind::Decimal ? '.' : char(*at);
+        }
+    }
+    const auto parsed = std::from_chars(plain.data(), to, *value);
+    return parsed.ec == std::errc() && parsed.ptr == to;
+}
+
 template <class Char>
 NumberReader::Outcome NumberReader::quickReal(const Char *begin, const Char *end,
                                               bool stripCurrency, double *value) const
 {
-    Scan number;
+    Scan<Char> number;
     const Outcome outcome = scan(begin, end, stripCurrency, &number);
     if (outcome != Outcome::Number) {
         return outcome;
@@ -266,13 +278,7 @@ NumberReader::Outcome NumberReader::quickReal(const Char *begin, const Char *end
     } else if (number.count <= safeDigits && number.digits <= (1ULL << 53)) {
         // Both operands are exact, so that the quotient is the correctly rounded value.
         magnitude = double(number.digits) / powersOfTen[size_t(fraction)];
-    } else if (number.plainSize < int(number.plain.size())) {
-        const char *first = number.plain.data();
-        const auto parsed = std::from_chars(first, first + number.plainSize, magnitude);
-        if (parsed.ec != std::errc() || parsed.ptr != first + number.plainSize) {
-            return Outcome::Unsure;
-        }
-    } else {
+    } else if (!correctlyRounded(number, &magnitude)) {
         return Outcome::Unsure;
     }
     *value = number.negative ? -magnitude : magnitude;
@@ -283,7 +289,7 @@ template <class Char>
 NumberReader::Outcome NumberReader::quickInteger(const Char *begin, const Char *end,
                                                  bool stripCurrency, qint64 *value) const
 {
-    Scan number;
+    Scan<Char> number;
     const Outcome outcome = scan(begin, end, stripCurrency, &number);
     if (outcome != Outcome::Number) {
         return outcome;
@@ -291,7 +297,7 @@ NumberReader::Outcome NumberReader::quickInteger(const Char *begin, const Char *
     if (number.hasFraction) {
         return Outcome::NotANumber;
     }
-    if (number.wholeCount >= safeDigits) {
+    if (number.wholeCount == 0 || number.wholeCount >= safeDigits) {
         return Outcome::Unsure;
     }
     const auto magnitude = qint64(number.whole);

@@ -35,16 +35,19 @@ private:
     // What an ASCII character may be in a number. A text with an Impossible one is no number.
     enum class Kind : quint8 { Other, Digit, Decimal, Group, Impossible };
     enum class Outcome { Number, NotANumber, Empty, Unsure };
+    template <class Char>
     struct Scan;
 
     Kind kind(char c) const;
     Kind kind(char16_t c) const;
     template <class Char>
-    Outcome scan(const Char *begin, const Char *end, bool stripCurrency, Scan *result) const;
+    Outcome scan(const Char *begin, const Char *end, bool stripCurrency, Scan<Char> *result) const;
     template <class Char>
-    Outcome scanDigits(const Char *begin, const Char *end, Scan *result) const;
+    Outcome scanDigits(const Char *begin, const Char *end, Scan<Char> *result) const;
     template <class Char>
     Outcome judgeRest(const Char *at, const Char *end, bool afterDigits) const;
+    template <class Char>
+    bool correctlyRounded(const Scan<Char> &number, double *value) const;
     template <class Char>
     Outcome quickReal(const Char *begin, const Char *end, bool stripCurrency, double *value) const;
     template <class Char>

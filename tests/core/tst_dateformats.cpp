@@ -169,9 +169,9 @@ void TestDateFormats::readsLikeQDate()
                                      QStringLiteral("d M yyyy"),   QStringLiteral("M, d_yyyy"),
                                      QStringLiteral("yyyy:MMd")};
     std::mt19937 random(20240403);
-    int count = 5000;
+    int count = 10000;
 #ifdef QT_NO_DEBUG
-    count *= 6;
+    count *= 4;
 #endif
     count *= qMax(1, qEnvironmentVariableIntValue("TABWEAVE_FUZZ_FACTOR"));
     int dates = 0;
