@@ -137,8 +137,8 @@ void DelimitedLines::addSpecialValue(std::string_view value, const Mark &after)
 bool DelimitedLines::hasUnencodable(std::string_view value)
 {
     const OutputCodec &codec = m_out->codec();
-    const bool mayHave =
-        codec.isUtf8() ? Utf8::hasSurrogates(value) : !codec.holdsAscii() || !Utf8::isAscii(value);
+    const bool mayHave = codec.isUnicode() ? Utf8::hasSurrogates(value)
+                                           : !codec.holdsAscii() || !Utf8::isAscii(value);
     return mayHave && m_out->replaceUnencodable(value, &m_clean);
 }
 

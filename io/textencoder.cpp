@@ -9,9 +9,26 @@ namespace {
 
 constexpr size_t blockSize = size_t(1) << 20;
 constexpr size_t codePoints = 0x110000;
+// Registered numbers of encodings.
 constexpr int utf8Mib = 106;
+constexpr int utf16Mibs[] = {1013, 1014, 1015};
+constexpr int utf32Mibs[] = {1017, 1018, 1019};
 
 enum Knowledge : quint8 { Unknown, Held, NotHeld };
+
+bool contains(const int (&mibs)[3], int mib)
+{
+    return std::find(std::begin(mibs), std::end(mibs), mib) != std::end(mibs);
+}
+
+// The UTF-32 codec makes room for each half of a surrogate pair and leaves what is too much of it
+// at the end, as it was in memory.
+void dropSurplus(const QString &text, QByteArray *utf32)
+{
+    const auto pairs =
+        std::count_if(text.begin(), text.end(), [](QChar c) { return c.isHighSurrogate(); });
+    utf32->truncate(int(text.size() - pairs) * 4);
+}
 
 bool isSurrogate(uint codePoint)
 {
@@ -38,17 +55,16 @@ OutputCodec::OutputCodec(const QString &name)
     : m_name(name.isEmpty() ? QStringLiteral("UTF-8") : name)
     , m_codec(QTextCodec::codecForName(m_name.toLatin1()))
 {
-    m_isUtf8 = m_codec && m_codec->mibEnum() == utf8Mib;
-    for (uint codePoint = 0; m_codec && m_holdsAscii && codePoint < 0x80; ++codePoint) {
+    if (!m_codec) {
+        return;
+    }
+    const int mib = m_codec->mibEnum();
+    m_isUtf8 = mib == utf8Mib;
+    m_isUtf32 = contains(utf32Mibs, mib);
+    m_isUnicode = m_isUtf8 || m_isUtf32 || contains(utf16Mibs, mib);
+    for (uint codePoint = 0; m_holdsAscii && codePoint < 0x80; ++codePoint) {
         m_holdsAscii = holds(codePoint);
     }
-}
-
-bool OutputCodec::isUnicode() const
-{
-    // The registered numbers of UTF-8, UTF-16 (BE, LE, either) and UTF-32 (either, BE, LE).
-    static constexpr int mibs[] = {utf8Mib, 1013, 1014, 1015, 1017, 1018, 1019};
-    return std::find(std::begin(mibs), std::end(mibs), m_codec->mibEnum()) != std::end(mibs);
 }
 
 bool OutputCodec::holds(uint codePoint) const
@@ -56,7 +72,7 @@ bool OutputCodec::holds(uint codePoint) const
     if (isSurrogate(codePoint) || codePoint >= codePoints) {
         return false;
     }
-    if (isUnicode()) {
+    if (m_isUnicode) {
         return true;
     }
     if (m_known.empty()) {
@@ -72,7 +88,8 @@ bool OutputCodec::holds(uint codePoint) const
 bool OutputCodec::holds(const QString &text) const
 {
     const QVector<uint> all = text.toUcs4();
-    return std::all_of(all.begin(), all.end(), [this](uint c) { return holds(c); });
+    return text.isValidUtf16() &&
+           std::all_of(all.begin(), all.end(), [this](uint c) { return holds(c); });
 }
 
 /// Not every codec tells what it could not encode, so the way there and back has to.
@@ -84,18 +101,31 @@ bool OutputCodec::survives(uint codePoint) const
 
 QByteArray OutputCodec::byteOrderMark() const
 {
-    return isUnicode() ? encoded(QString(QChar(QChar::ByteOrderMark))) : QByteArray();
+    return m_isUnicode ? encoded(QString(QChar(QChar::ByteOrderMark))) : QByteArray();
 }
 
 QByteArray OutputCodec::encoded(const QString &text) const
 {
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    return m_codec->fromUnicode(text.constData(), text.size(), &state);
+    QByteArray bytes = m_codec->fromUnicode(text.constData(), text.size(), &state);
+    if (m_isUtf32) {
+        dropSurplus(text, &bytes);
+    }
+    return bytes;
 }
 
 std::unique_ptr<QTextEncoder> OutputCodec::makeEncoder() const
 {
     return std::unique_ptr<QTextEncoder>(m_codec->makeEncoder(QTextCodec::IgnoreHeader));
+}
+
+QByteArray OutputCodec::encodedPart(QTextEncoder *encoder, const QString &text) const
+{
+    QByteArray bytes = encoder->fromUnicode(text);
+    if (m_isUtf32) {
+        dropSurplus(text, &bytes);
+    }
+    return bytes;
 }
 
 TextEncoder::TextEncoder(const OutputCodec &codec, Sink sink)
@@ -132,7 +162,7 @@ bool TextEncoder::flush()
             kept = size_t(Utf8::incompleteTail(std::string_view(m_block.get(), size)));
             size -= kept;
             const QString text = Utf8::decoded(std::string_view(m_block.get(), size));
-            const QByteArray bytes = m_encoder->fromUnicode(text);
+            const QByteArray bytes = m_codec.encodedPart(m_encoder.get(), text);
             m_failed = !m_sink(bytes.constData(), bytes.size());
         } else {
             m_failed = !m_sink(m_block.get(), qint64(size));

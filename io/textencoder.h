@@ -22,6 +22,8 @@ public:
     bool isKnown() const { return m_codec != nullptr; }
     QString name() const { return m_name; }
     bool isUtf8() const { return m_isUtf8; }
+    /// Holds every character; only unpaired surrogates have no place in it.
+    bool isUnicode() const { return m_isUnicode; }
     /// False when even some ASCII characters have no place in it.
     bool holdsAscii() const { return m_holdsAscii; }
     bool holds(uint codePoint) const;
@@ -30,16 +32,18 @@ public:
     QByteArray byteOrderMark() const;
     /// Without a byte-order mark.
     QByteArray encoded(const QString &text) const;
-    /// For encoding a text in parts; without a byte-order mark.
+    /// For encoding a text in parts with encodedPart(); without a byte-order mark.
     std::unique_ptr<QTextEncoder> makeEncoder() const;
+    QByteArray encodedPart(QTextEncoder *encoder, const QString &text) const;
 
 private:
     bool survives(uint codePoint) const;
-    bool isUnicode() const;
 
     QString m_name;
     QTextCodec *m_codec = nullptr;
     bool m_isUtf8 = false;
+    bool m_isUtf32 = false;
+    bool m_isUnicode = false;
     bool m_holdsAscii = true;
     /// What holds() found out, by code point.
     mutable std::vector<quint8> m_known;
