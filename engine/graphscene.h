@@ -158,21 +158,46 @@ private:
     friend class RunEngine;
     friend class GraphCommand;
 
+    // --- Building blocks of commands
     bool insertNode(std::unique_ptr<Node> node);
-    Node *attachNode(std::unique_ptr<Node> node);
+    void attachNode(std::unique_ptr<Node> node);
     std::unique_ptr<Node> detachNode(Node *node);
     void attachConnection(std::unique_ptr<Connection> connection);
     std::unique_ptr<Connection> detachConnection(Connection *connection);
-    void sortInputs(Node *node);
-    void positionChanged(Node *node);
-    void upstreamChanged(Node *node);
+    /// True when the order of the item's inputs has become another one.
+    bool sortInputs(Node *node);
+    void inputsChanged(Node *node);
 
-    bool mustWait() const;
-    void whenPossible(std::function<void()> operation);
-    void applyWaiting();
-    void push(QUndoCommand *command);
-    void edited();
-    void pushEdit(QUndoCommand *command);
+    // --- Editing, during a run too
+    bool mustWait() const { return isRunning() && !m_applying; }
+    /// Does an operation now, or keeps it until the item in hand has ended.
+    template <class Operation>
+    auto doOrKeep(Operation operation) -> decltype(operation())
+    {
+        if (!mustWait()) {
+            return operation();
+        }
+        auto kept = std::make_shared<Operation>(std::move(operation));
+        m_waiting.push_back([kept] { (*kept)(); });
+        return decltype(operation())();
+    }
+    /// True when something was done.
+    bool applyWaiting();
+    void push(std::unique_ptr<QUndoCommand> command);
+    void pushEdit(std::unique_ptr<QUndoCommand> command);
+    void afterEdit();
+    void runEnded(bool stopped);
+    void nodeMarked();
+
+    QSet<QString> aliases() const;
+    QList<Node *> nodesOf(const QList<int> &ids) const;
+    FileType fileTypeOf(const QString &path) const;
+    QStringList withoutBlocked(const QStringList &paths);
+    bool suits(const Transform &transform, int inputCount);
+    bool mayDisconnect(const QSet<const Node *> &deleted,
+                       const QList<Connection *> &connections) const;
+    void deleteNow(const QList<Node *> &nodes, const QList<Connection *> &connections);
+    void duplicateNow(const QList<Node *> &nodes);
 
     UserInterface *m_userInterface;
     Preferences m_preferences;
@@ -188,6 +213,9 @@ private:
     std::unique_ptr<QUndoStack> m_undoStack;
     std::unique_ptr<RunEngine> m_runEngine;
     std::vector<std::function<void()>> m_waiting;
+    bool m_applying = false;
     bool m_historyWaiting = false;
+    bool m_sawMark = false;
+    bool m_autoRunAfterRun = false;
     bool m_deleteHintShown = false;
 };

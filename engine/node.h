@@ -6,6 +6,7 @@
 #include "upstreamitem.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
 #include <QPointF>
@@ -117,6 +118,10 @@ public:
     /// The last of the two descriptive texts of the log line: what the item did or is.
     virtual QString resultText() const = 0;
 
+    /// Emits processed(): at most every 250 ms and not when little has changed, but always for 0
+    /// and 1.
+    void showProgress(double fraction);
+
     /// Called by the scene when the upstream connections or their order have changed.
     virtual void upstreamChanged() {}
 
@@ -130,9 +135,12 @@ Q_SIGNALS:
     void processingStart(Node *node);
     /// Fraction 0 to 1; at most every 250 ms but for the first and the last.
     void processed(Node *node, qreal fraction);
+    /// Emitted by the run engine when the item's line has been logged.
     void processingEnd(Node *node);
     /// Anything shown of the item but its position: name, comment, options, status, table.
     void dataChanged(Node *node);
+    /// The item was marked "Needs updating", also when it was so before. Slots must not edit.
+    void marked(Node *node);
 
 protected:
     Node();
@@ -142,14 +150,15 @@ protected:
 
     /// Does the item's work. A failure is told with messages->fail(); the table is then dropped.
     virtual Dataset run(const ProcessContext &context, Messages *messages) = 0;
-    /// True when run() ended early because the user asked to stop.
-    virtual bool wasStopped() const { return m_stopped; }
 
 private:
     friend class GraphScene;
 
     Dataset guardedRun(const ProcessContext &context, Messages *messages);
-    void rememberColumns();
+    void end(const Dataset &result, const Messages &messages, qint64 milliseconds);
+    void leave(ItemStatus status);
+    bool isMarked() const;
+    void mark();
 
     int m_id = -1;
     QString m_name;
@@ -169,6 +178,8 @@ private:
     Messages m_messages;
     QDateTime m_lastProcessed;
     qint64 m_processingMilliseconds = 0;
+    QElapsedTimer m_lastShown;
+    double m_shownFraction = 0.0;
     QVector<Connection *> m_upstream;
     QVector<Connection *> m_downstream;
 };

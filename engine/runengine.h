@@ -1,13 +1,16 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
+#include <QStringList>
 #include <QVector>
 
 class GraphScene;
 class Node;
+struct ProcessContext;
 
 enum class RunMode : qint32 { All = 0, Changed = 1, Selected = 2, Batch = 3 };
 
@@ -60,8 +63,36 @@ public:
     static bool stopRequested();
 
 private:
+    friend class GraphScene;
+
+    void log(const QString &text) const;
+    /// An item was marked: the pending list has to be made anew before the next item.
+    void itemMarked() { m_stale = true; }
+    void markItems(RunMode mode);
+    void bringBackReleased();
+    QVector<Node *> collectPending();
+    void processAll();
+    bool processItem(Node *node);
+    void letGoAbove(const Node *node);
+    bool reportItemProgress(Node *node, double fraction);
+    void checkMemory() const;
+    ProcessContext contextFor(Node *node);
+    void logEnd();
+
     GraphScene *m_scene;
-    bool m_running = false;
-    Node *m_current = nullptr;
+    RunOptions m_options;
     RunResult m_result;
+    bool m_running = false;
+    bool m_stale = false;
+    Node *m_current = nullptr;
+    /// Ids of the items that the run may process, and of those still to be processed.
+    QSet<int> m_taken;
+    QSet<int> m_pending;
+    /// How many items below an item, by its id, are still to be processed.
+    QHash<int, int> m_pendingBelow;
+    /// In order of their end; an item that ran again is named again.
+    QVector<int> m_processed;
+    QStringList m_inputPaths;
+    QElapsedTimer m_timer;
+    QElapsedTimer m_lastEvents;
 };

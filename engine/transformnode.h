@@ -48,10 +48,12 @@ protected:
 
 private:
     QString wrongInputCount() const;
-    /// Defines the options for the present inputs and carries the values over by key.
-    void defineAgain(Messages *messages);
+    /// The options have to be defined again: the columns above are no longer those of last time.
+    bool columnsChanged() const;
+    /// Defines the options for the present inputs; the values carry over by key, and references to
+    /// columns follow the names.
+    void defineAgain();
 
     std::unique_ptr<Transform> m_transform;
-    /// Told at the next run: what was dropped when the inputs changed.
-    Messages m_pendingMessages;
+    QList<QStringList> m_definedColumns;
 };
