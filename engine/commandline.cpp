@@ -35,12 +35,15 @@ CommandLine::CommandLine(const Arguments &arguments, const Preferences &preferen
 
 CommandLine::~CommandLine() = default;
 
-std::optional<int> CommandLine::begin()
+std::optional<int> CommandLine::begin(const QStringList &warnings)
 {
     if (m_arguments.commandLine && m_arguments.logPath &&
         !m_console->openLogFile(*m_arguments.logPath)) {
         m_console->log(LogLevel::Warning,
                        tr("Could not open log file at '%1'").arg(*m_arguments.logPath));
+    }
+    for (const QString &warning : warnings) {
+        m_console->log(LogLevel::Warning, warning);
     }
     if (m_arguments.version) {
         logInformation(tr("%1 %2").arg(Texts::productName(), Texts::productVersion()));
@@ -87,6 +90,17 @@ int CommandLine::refuse(const QString &error)
     m_console->log(LogLevel::Fatal, error);
     m_console->log(LogLevel::Fatal, tr("Aborted processing"));
     return Refused;
+}
+
+void CommandLine::tellNoWindow()
+{
+    m_console->log(LogLevel::Fatal, tr("The window is not built yet in this version. Run a "
+                                       "document with: tabweave -cli DOCUMENT"));
+}
+
+void CommandLine::tellOutOfMemory()
+{
+    ConsoleInterface().log(LogLevel::Fatal, tr("%1 ran out of memory!").arg(Texts::productName()));
 }
 
 void CommandLine::logInformation(const QString &text)

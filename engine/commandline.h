@@ -25,10 +25,15 @@ public:
                 const QString &buildIdentification);
     ~CommandLine();
 
-    /// Opens the log file, logs version and build, checks the arguments. A status means that the
-    /// program ends with it.
-    std::optional<int> begin();
+    /// Opens the log file, logs the given warnings, version and build, checks the arguments. A
+    /// status means that the program ends with it.
+    std::optional<int> begin(const QStringList &warnings = {});
     int run();
+
+    /// For a start without `cli`, as long as there is no window.
+    void tellNoWindow();
+    /// Allocates nothing to speak of.
+    static void tellOutOfMemory();
 
 private:
     int refuse(const QString &error);

@@ -1,0 +1,91 @@
+#include "preferencesstore.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLocale>
+
+PreferencesStore::PreferencesStore(const QString &programFolder)
+{
+    const QString portable = QDir(programFolder).filePath(QStringLiteral("tabweave.ini"));
+    m_settings = QFileInfo::exists(portable)
+                     ? std::make_unique<QSettings>(portable, QSettings::IniFormat)
+                     : std::make_unique<QSettings>();
+    m_settings->setIniCodec("UTF-8");
+}
+
+Preferences PreferencesStore::load(QStringList *warnings) const
+{
+    Preferences preferences;
+    preferences.localeName = text(QStringLiteral("locale"));
+    if (!preferences.localeName.isEmpty() && preferences.localeName != QLatin1String("C") &&
+        QLocale(preferences.localeName).language() == QLocale::C) {
+        warnings->append(notPossible(QStringLiteral("locale")));
+        preferences.localeName.clear();
+    }
+    preferences.dateFormats =
+        text(QStringLiteral("date_formats")).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    preferences.maxMemoryGb = number(QStringLiteral("max_memory_usage"), 1e6, warnings);
+    preferences.optimizeFor = int(number(QStringLiteral("optimize_for"), 1, warnings));
+    preferences.autoRunDelaySeconds = number(QStringLiteral("auto_run_delay"), 3600, warnings);
+    preferences.soundWhenCompleted =
+        number(QStringLiteral("sound_when_completed"), 1, warnings) == 1.0;
+    preferences.blockedInputExtensions = extensions(QStringLiteral("blocked_input_extensions"));
+    preferences.blockedOutputExtensions = extensions(QStringLiteral("blocked_output_extensions"));
+    preferences.fileTypesByExtension = fileTypes(QStringLiteral("extension_types"), warnings);
+    return preferences;
+}
+
+// A value with commas is read as a list unless it stands in quotes.
+QString PreferencesStore::text(const QString &key) const
+{
+    const QVariant value = m_settings->value(key);
+    return value.type() == QVariant::StringList ? value.toStringList().join(QLatin1Char(','))
+                                                : value.toString();
+}
+
+double PreferencesStore::number(const QString &key, double most, QStringList *warnings) const
+{
+    const QString value = text(key);
+    if (value.isEmpty()) {
+        return 0.0;
+    }
+    bool ok = false;
+    const double read = value.toDouble(&ok);
+    if (!ok || !(read >= 0.0 && read <= most)) {
+        warnings->append(notPossible(key));
+        return 0.0;
+    }
+    return read;
+}
+
+QStringList PreferencesStore::extensions(const QString &key) const
+{
+    QStringList list;
+    for (QString extension : text(key).split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        extension = extension.trimmed().toLower();
+        list.append(extension.startsWith(QLatin1Char('.')) ? extension.mid(1) : extension);
+    }
+    return list;
+}
+
+QMap<QString, FileType> PreferencesStore::fileTypes(const QString &key, QStringList *warnings) const
+{
+    QMap<QString, FileType> types;
+    for (const QString &entry : text(key).split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        const QStringList parts = entry.split(QLatin1Char(':'));
+        bool ok = false;
+        const int type = parts.value(1).toInt(&ok);
+        if (parts.size() != 2 || !ok || type < 0 || type > int(FileType::PlainText)) {
+            warnings->append(notPossible(key));
+            return {};
+        }
+        types.insert(parts[0].trimmed().toLower(), FileType(type));
+    }
+    return types;
+}
+
+QString PreferencesStore::notPossible(const QString &key) const
+{
+    return tr("The value '%1' of the preference '%2' is not possible and is ignored.")
+        .arg(text(key), key);
+}
