@@ -34,52 +34,52 @@ const DatePattern &DatePattern::compiled(const QString &pattern)
     return *found;
 }
 
+bool DatePattern::setField(QChar letter, int letters, Field *field)
+{
+    field->unit = letter == QLatin1Char('y')   ? Unit::Year
+                  : letter == QLatin1Char('M') ? Unit::Month
+                                               : Unit::Day;
+    const bool isYear = field->unit == Unit::Year;
+    field->minDigits = qint8(letters);
+    field->maxDigits = qint8(isYear ? letters : 2);
+    return letters == 2 || letters == (isYear ? 4 : 1);
+}
+
 bool DatePattern::compile()
 {
     size_t fields = 0;
     std::array<bool, 3> seen{};
     for (int at = 0; at < m_pattern.size();) {
         const QChar letter = m_pattern[at];
-        const bool isField =
-            letter == QLatin1Char('d') || letter == QLatin1Char('M') || letter == QLatin1Char('y');
-        if (!isField) {
-            const QLatin1String separators("/-., :_");
-            if (fields == 0 || !separators.contains(letter)) {
+        if (QLatin1String("/-., :_").contains(letter)) {
+            if (fields == 0) {
                 return false;
             }
             m_fields[fields - 1].separator.push_back(letter.toLatin1());
             ++at;
             continue;
         }
-        int run = 1;
-        while (at + run < m_pattern.size() && m_pattern[at + run] == letter) {
-            ++run;
+        int letters = 1;
+        while (at + letters < m_pattern.size() && m_pattern[at + letters] == letter) {
+            ++letters;
         }
-        at += run;
-        if (fields == m_fields.size()) {
+        at += letters;
+        if (!QLatin1String("dMy").contains(letter) || fields == m_fields.size()) {
             return false;
         }
         Field &field = m_fields[fields++];
-        if (letter == QLatin1Char('y')) {
-            field.unit = Unit::Year;
-        } else {
-            field.unit = letter == QLatin1Char('d') ? Unit::Day : Unit::Month;
-        }
-        const bool fixed = run == 2 || (field.unit == Unit::Year && run == 4);
-        if ((!fixed && (run != 1 || field.unit == Unit::Year)) || seen[size_t(field.unit)]) {
+        if (!setField(letter, letters, &field) || seen[size_t(field.unit)]) {
             return false;
         }
         seen[size_t(field.unit)] = true;
-        field.minDigits = qint8(run);
-        field.maxDigits = qint8(fixed ? run : 2);
     }
-    if (fields != m_fields.size() || !m_fields[2].separator.empty()) {
+    if (fields != m_fields.size() || !m_fields.back().separator.empty()) {
         return false;
     }
-    for (size_t i = 0; i < m_fields.size(); ++i) {
-        const Field &field = m_fields[i];
+    for (const Field &field : m_fields) {
         // Where a number of one or two digits ends is only clear before a separator.
-        if (i < 2 && field.separator.empty() && field.minDigits != field.maxDigits) {
+        const bool isLast = &field == &m_fields.back();
+        if (!isLast && field.separator.empty() && field.minDigits != field.maxDigits) {
             return false;
         }
         m_minLength += field.minDigits + int(field.separator.size());

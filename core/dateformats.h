@@ -41,6 +41,7 @@ private:
     };
 
     bool compile();
+    static bool setField(QChar letter, int letters, Field *field);
     template <class Char>
     QDate readFields(const Char *at, const Char *end) const;
     template <class Char>
