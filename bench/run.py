@@ -104,7 +104,7 @@ def measure(argv, files, out, repeat):
             os.remove(out)
         wall, cpu, rss, status, message = run_once(argv)
         if status or not os.path.exists(out) or os.path.getsize(out) == 0:
-            return {"error": message.strip().splitlines()[-1][:150] if message.strip() else f"status {status}"}
+            return {"error": " ".join(message.split())[:150] or f"status {status}"}
         runs.append((wall, cpu, rss))
         if sum(r[0] for r in runs) > ENOUGH:
             break
