@@ -3,6 +3,7 @@
 #include "utf8.h"
 
 #include <QHash>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -127,7 +128,7 @@ bool DatePattern::isUnusual(const Char *begin, const Char *end) const
 {
     bool unusual = false;
     for (const Char *at = begin; at < end; ++at) {
-        const auto c = unsigned(*at);
+        const unsigned c = std::make_unsigned_t<Char>(*at);
         if (c >= 0x80 || c == '+') {
             unusual = true;
             continue;

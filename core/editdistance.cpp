@@ -71,7 +71,7 @@ private:
     }
 
     std::array<quint64, 256> m_direct{};
-    std::array<Entry, 2 * wordBits> m_hashed{}; // never more than half full
+    std::array<Entry, size_t(2) * wordBits> m_hashed{}; // never more than half full
 };
 
 Positions &sharedPositions()

@@ -109,7 +109,7 @@ NumberReader::NumberReader()
         m_kinds[size_t(c)] = Kind::Impossible;
     }
     for (const char c : std::string_view("+-.,;%$eEiInNfFaA")) {
-        m_kinds[size_t(c)] = Kind::Other;
+        m_kinds[uchar(c)] = Kind::Other;
     }
     const auto set = [this](QChar c, Kind kind) {
         if (c.unicode() < m_kinds.size()) {
@@ -123,7 +123,7 @@ NumberReader::NumberReader()
     set(m_locale.groupSeparator(), groupsByThousands(m_locale) ? Kind::Group : Kind::Other);
     set(m_locale.decimalPoint(), Kind::Decimal);
     for (char c = '0'; c <= '9'; ++c) {
-        m_kinds[size_t(c)] = Kind::Digit;
+        m_kinds[uchar(c)] = Kind::Digit;
     }
 }
 
@@ -138,7 +138,7 @@ const NumberReader &NumberReader::current()
 
 NumberReader::Kind NumberReader::kind(char c) const
 {
-    return isAscii(c) ? m_kinds[size_t(c)] : Kind::Other;
+    return isAscii(c) ? m_kinds[uchar(c)] : Kind::Other;
 }
 
 NumberReader::Kind NumberReader::kind(char16_t c) const

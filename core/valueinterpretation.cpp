@@ -3,6 +3,8 @@
 #include "numberreader.h"
 #include "utf8.h"
 
+#include <type_traits>
+
 namespace {
 
 // The plain form of a time: one or two digits in each field. Fills the fields and answers their
@@ -42,7 +44,7 @@ bool mayBeUnusualTime(const Char *at, const Char *end)
     }
     bool unusual = false;
     for (; at < end; ++at) {
-        const auto c = unsigned(*at);
+        const unsigned c = std::make_unsigned_t<Char>(*at);
         if (c >= 0x80 || c == '+') {
             unusual = true;
         } else if (c > ':' || (c < '0' && c != ' ')) {
