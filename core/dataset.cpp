@@ -3,6 +3,7 @@
 #include "tabledata.h"
 
 #include <QCoreApplication>
+#include <limits>
 #include <numeric>
 #include <set>
 #include <utility>
@@ -296,6 +297,39 @@ ColIndex Dataset::appendColumn(const QString &name)
         d->header.append(name.isEmpty() ? numberedName(column.value()) : name);
     }
     return column;
+}
+
+CellChanges Dataset::mapColumn(ColIndex column,
+                               const std::function<QString(const QString &)> &changed,
+                               const std::function<bool(int row)> &goOn)
+{
+    using Code = ValuePool::Code;
+    constexpr Code unknown = std::numeric_limits<Code>::max();
+    TableColumn &target = d->columns[size_t(column.value())];
+    const ColumnReader source = std::as_const(target).reader();
+    ValuePool *const pool = target.writablePool();
+    std::vector<Code> known(source.codeCount(), unknown);
+    auto codes = std::make_shared<ColumnCodes>();
+    CellChanges changes;
+    for (int row = 0; row < d->rows; ++row) {
+        if (goOn && !goOn(row)) {
+            return {};
+        }
+        const Code before = source.code(row);
+        Code &after = known[before];
+        if (after == unknown) {
+            const QString value = source.textOfCode(before);
+            const QString result = changed(value);
+            after = result == value ? before : pool->add(result);
+        }
+        ++(after == before ? changes.unchanged : changes.changed);
+        codes->append(after);
+    }
+    if (changes.changed > 0) {
+        target.codes = std::move(codes);
+        target.map.reset();
+    }
+    return changes;
 }
 
 bool Dataset::operator==(const Dataset &other) const

@@ -6,6 +6,7 @@
 #include <QSharedDataPointer>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -15,6 +16,13 @@ class TableBuilder;
 
 /// Row numbers of a source table, one for each row of a result; -1 stands for a row of empty cells.
 using RowSelection = std::vector<qint32>;
+
+/// How many cells an operation changed and how many it left as they were.
+struct CellChanges
+{
+    qint64 changed = 0;
+    qint64 unchanged = 0;
+};
 
 /// A table of text values with an optional header of column names: what every item of the graph
 /// holds. Copies are O(1); a copy shares everything until it is written to, column by column.
@@ -82,6 +90,12 @@ public:
     /// Adds an empty column at the right end and answers its number. An empty name in a table with
     /// a header becomes "Column %1".
     ColIndex appendColumn(const QString &name);
+
+    /// Replaces every value of a column by what a function of the value alone answers, asked once
+    /// for each distinct value. A column in which nothing changes stays shared. `goOn` is asked
+    /// before every row; false ends the work and leaves the column as it was.
+    CellChanges mapColumn(ColIndex column, const std::function<QString(const QString &)> &changed,
+                          const std::function<bool(int row)> &goOn = {});
 
     /// Header flag, header, shape and all values are the same.
     bool operator==(const Dataset &other) const;

@@ -264,6 +264,29 @@ private Q_SLOTS:
         QVERIFY(taken.memoryUsed() - original.memoryUsed() <= 4 * 50000 + 1000);
     }
 
+    void mappingAColumnAsksOncePerValue()
+    {
+        const Dataset original = tableOf({{"a", "1"}, {"b", "1"}, {"a", ""}, {"A", "2"}});
+        Dataset mapped = original.selectRows({0, 1, 2, 3, 0, -1});
+        int asked = 0;
+        const auto upper = [&asked](const QString &value) {
+            ++asked;
+            return value.toUpper();
+        };
+        const CellChanges changes = mapped.mapColumn(ColIndex(0), upper);
+        QCOMPARE(changes.changed, 4);
+        QCOMPARE(changes.unchanged, 2);
+        QCOMPARE(asked, 4);
+        QCOMPARE(rowsOf(mapped),
+                 (Rows{{"A", "1"}, {"B", "1"}, {"A", ""}, {"A", "2"}, {"A", "1"}, {"", ""}}));
+        QCOMPARE(original.cell(RowIndex(0), ColIndex(0)), QStringLiteral("a"));
+        const Dataset before = mapped;
+        mapped.mapColumn(
+            ColIndex(0), [](const QString &value) { return value + "x"; },
+            [](int row) { return row < 3; });
+        QVERIFY(mapped == before);
+    }
+
     void sideBySideKeepsBothHeaders()
     {
         Dataset left = tableOf({{"1"}, {"2"}});
