@@ -142,7 +142,8 @@ static QString randomText(std::mt19937 *random)
         QStringLiteral("1,000"),      QStringLiteral("1e3"),       QStringLiteral("1/2/2024"),
         QStringLiteral("01/02/2024"), QStringLiteral("31/1/2024"), QStringLiteral("inf"),
         QStringLiteral(" 10"),        QStringLiteral("$5"),        QStringLiteral("(a|b)+"),
-        QStringLiteral("[a-"),        QStringLiteral("^A.?b")};
+        QStringLiteral("[a-"),        QStringLiteral("^A.?b"),     QString(QChar(0xD83D)),
+        QString(QChar(0xDE00)),       QStringLiteral("\U0001F600")};
     if ((*random)() % 3 == 0) {
         return whole[int((*random)() % size_t(whole.size()))];
     }

@@ -197,11 +197,11 @@ void TestTransformFilter::readsManyRowsLikeFew()
     const FilterSpec spec{true,
                           false,
                           {term("Few", Op::Less, "9.5"), term("Many", Op::EndsWith, "7"),
-                           term("Many", Op::Contains, "$(Few)$(1)")}};
+                           term("Many", Op::StartsWith, "$(Few)")}};
     QStringList expected;
     for (const QStringList &row : std::as_const(rows)) {
         if (row[0].toDouble() < 9.5 || row[1].endsWith(QLatin1Char('7')) ||
-            row[1].contains(row[0] + row[0])) {
+            row[1].startsWith(row[0])) {
             expected.append(row[1]);
         }
     }
