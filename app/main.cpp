@@ -36,6 +36,7 @@ void applyPreferences(const Preferences &preferences)
     const QString system = QLocale::system().name();
     QLocale::setDefault(
         QLocale(preferences.localeName.isEmpty() ? system : preferences.localeName));
+    applyDateFormats(preferences);
     ValuePool::setPoolingEnabled(preferences.optimizeFor == 0);
     MemoryCeiling::setLimitGb(preferences.maxMemoryGb > 0.0 ? preferences.maxMemoryGb
                                                             : MemoryCeiling::defaultLimitGb());

@@ -141,6 +141,7 @@ void CommandLine::useDocumentLocale()
                            .arg(name, QLocale().name()));
     } else if (m_console->askToUseDocumentLocale(name, QLocale().name())) {
         QLocale::setDefault(locale);
+        applyDateFormats(m_preferences);
     }
 }
 

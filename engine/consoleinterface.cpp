@@ -133,7 +133,8 @@ bool ConsoleInterface::askToUseDocumentLocale(const QString &documentLocale,
     const QLocale document(documentLocale);
     const QLocale current(currentLocale);
     log(LogLevel::Information,
-        tr("This file was saved with locale '%1/%2', which is used instead of '%3/%4'.")
+        tr("This file was saved with locale '%1/%2'. The current locale is '%3/%4'. The document's "
+           "locale is used.")
             .arg(QLocale::languageToString(document.language()),
                  QLocale::countryToString(document.country()),
                  QLocale::languageToString(current.language()),

@@ -233,7 +233,7 @@ bool DocumentFile::saveTo(QFileDevice *file, const QString &path, const GraphSce
     }
     const QByteArray bytes = DocumentXml::written(recordsOf(scene, path));
     qint64 count = -1;
-    if (file->seek(0) && file->resize(0)) {
+    if (file->isSequential() || (file->seek(0) && file->resize(0))) {
         count = file->write(bytes);
     }
     if (count < 0 || !file->flush()) {

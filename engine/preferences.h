@@ -28,3 +28,7 @@ struct Preferences
     /// The user's own extension table (lower case, without the dot); empty: the built-in one.
     QMap<QString, FileType> fileTypesByExtension;
 };
+
+/// Hands the date formats in force to the transforms: the user's, else those usual in the country
+/// of the default locale. Again whenever either changes.
+void applyDateFormats(const Preferences &preferences);

@@ -303,14 +303,13 @@ void DocumentXmlTest::damagedTextIsRefused_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("error");
-    const auto addRow = [](const char *tag, const QByteArray &bytes, const char *error) {
-        QTest::newRow(tag) << bytes << QString::fromUtf8(error);
+    const auto addRow = [](const char *tag, const QByteArray &bytes, const QString &error) {
+        QTest::newRow(tag) << bytes << error;
     };
     const auto format = [](const char *message, int line, int column) {
         return QStringLiteral("Format error '%1' detected at line %2 column %3.\nContact support "
                               "if you are sure this a Tabweave file.")
-            .arg(QLatin1String(message), QString::number(line), QString::number(column))
-            .toUtf8();
+            .arg(QLatin1String(message), QString::number(line), QString::number(column));
     };
     const char *element = "error occurred while parsing element";
     addRow("no XML", "hello", format(element, 1, 1));
