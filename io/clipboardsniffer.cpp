@@ -14,12 +14,12 @@ bool isEnclosed(QStringView text, char first, char last)
     return text.front() == QLatin1Char(first) && text.back() == QLatin1Char(last);
 }
 
-int largestDelimiterCount(QStringView sample)
+qint64 largestDelimiterCount(QStringView sample)
 {
-    int largest = 0;
+    qint64 largest = 0;
     for (const Delimiter delimiter : delimiters(false, false, false)) {
         const QChar character = delimiterCharacter(delimiter, QString());
-        largest = std::max(largest, int(std::count(sample.begin(), sample.end(), character)));
+        largest = std::max<qint64>(largest, std::count(sample.begin(), sample.end(), character));
     }
     return largest;
 }
@@ -62,12 +62,11 @@ FileType sniffFileType(const QString &text)
     const QStringView sample = trimmed.size() <= sampleSize
                                    ? trimmed
                                    : trimmed.mid((trimmed.size() - sampleSize) / 2, sampleSize);
-    const int delimiterCount = largestDelimiterCount(sample);
+    const qint64 delimiterCount = largestDelimiterCount(sample);
     const auto spaces = std::count(sample.begin(), sample.end(), QLatin1Char(' '));
     if (gapCount(sample) >= 2 && spaces >= 3 * delimiterCount) {
         return FileType::FixedWidth;
     }
     // Fewer than one delimiter in 40 characters is a text, not a table. In whole numbers.
-    return sample.size() > 40 * qint64(delimiterCount) ? FileType::PlainText
-                                                       : FileType::DelimitedText;
+    return sample.size() > 40 * delimiterCount ? FileType::PlainText : FileType::DelimitedText;
 }

@@ -37,7 +37,7 @@ public:
         Failed,  ///< the source can't be read; it knows why
         TooBig   ///< a single row has too many values or bytes
     };
-    static constexpr qint64 standardBlockSize = 256 * 1024;
+    static constexpr qint64 standardBlockSize = qint64(256) * 1024;
 
     /// At most `blockSize` bytes (at least 16) are read at once.
     explicit DelimitedParser(TextSource *source, Progress progress = Progress(),

@@ -17,10 +17,10 @@ constexpr int sampleCharacters = 4096;
 // UTF-8 that holds the sample: a UTF-16 unit takes three bytes at most.
 constexpr qint64 sampleBytes = 3 * sampleCharacters + 4;
 
-QString translated(const char *text)
+struct DelimitedReader
 {
-    return QCoreApplication::translate("DelimitedReader", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(DelimitedReader)
+};
 
 QString startOfText(DelimitedParser *parser, const TextSource &source)
 {
@@ -49,7 +49,7 @@ DelimitedParser::Grammar chooseGrammar(const InputOptions &options, const QStrin
     if (quoting != InputQuoting::Quoted && quoting != InputQuoting::Unquoted) {
         quoting = delimiter == QLatin1String("\t") ? InputQuoting::Unquoted : InputQuoting::Quoted;
         messages->note(
-            translated("Quoting=Automatic guesses '%1'. Set 'Quoting' option to change.\n")
+            DelimitedReader::tr("Quoting=Automatic guesses '%1'. Set 'Quoting' option to change.\n")
                 .arg(inputQuotingLabel(quoting)));
     }
     return quoting == InputQuoting::Unquoted ? DelimitedParser::Grammar::Unquoted
@@ -62,11 +62,11 @@ void noteEncoding(const InputOptions &options, const TextSource &source, Message
         return;
     }
     if (TextSource::isAutomatic(options.encoding)) {
-        messages->note(
-            translated("Encoding=Automatic guesses '%1'. Set 'Encoding' option to change.\n")
-                .arg(QLatin1String("UTF-8")));
+        messages->note(DelimitedReader::tr(
+                           "Encoding=Automatic guesses '%1'. Set 'Encoding' option to change.\n")
+                           .arg(QLatin1String("UTF-8")));
     } else if (!source.isEncodingKnown()) {
-        messages->warn(translated("Encoding '%1' is not known, '%2' is used.")
+        messages->warn(DelimitedReader::tr("Encoding '%1' is not known, '%2' is used.")
                            .arg(options.encoding, source.encodingName()));
     }
 }
@@ -86,12 +86,14 @@ DelimiterGuess guessDelimiter(const QString &start)
             largest = count;
             guess.delimiter = candidate;
         }
-        counts.append(translated("%1 %2").arg(Texts::count(count), delimiterLabel(candidate)));
+        counts.append(
+            DelimitedReader::tr("%1 %2").arg(Texts::count(count), delimiterLabel(candidate)));
     }
-    guess.note = translated("Delimiter=Automatic guesses '%1'. Set 'Delimiter' option to change.\n")
-                     .arg(delimiterLabel(guess.delimiter)) +
-                 translated("First %1 characters contain: %2\n")
-                     .arg(Texts::count(sample.size()), counts.join(QLatin1String(", ")));
+    guess.note =
+        DelimitedReader::tr("Delimiter=Automatic guesses '%1'. Set 'Delimiter' option to change.\n")
+            .arg(delimiterLabel(guess.delimiter)) +
+        DelimitedReader::tr("First %1 characters contain: %2\n")
+            .arg(Texts::count(sample.size()), counts.join(QLatin1String(", ")));
     return guess;
 }
 
@@ -116,7 +118,8 @@ Dataset readDelimitedText(const InputOptions &options, const QString &path, Text
     case DelimitedParser::Ending::Stopped:
         break;
     case DelimitedParser::Ending::Failed:
-        messages->fail(translated("Can't read file '%1': %2.").arg(path, source->errorText()));
+        messages->fail(
+            DelimitedReader::tr("Can't read file '%1': %2.").arg(path, source->errorText()));
         break;
     case DelimitedParser::Ending::TooBig:
         messages->fail(tooBigText(path));

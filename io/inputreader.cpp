@@ -9,10 +9,10 @@
 
 namespace {
 
-QString translated(const char *text)
+struct InputReader
 {
-    return QCoreApplication::translate("InputReader", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(InputReader)
+};
 
 std::unique_ptr<TextSource> openSource(const InputOptions &options, const QString &path,
                                        Messages *messages)
@@ -21,13 +21,13 @@ std::unique_ptr<TextSource> openSource(const InputOptions &options, const QStrin
         return TextSource::fromText(options.text);
     }
     if (path.isEmpty()) {
-        messages->fail(translated("No input file is set."));
+        messages->fail(InputReader::tr("No input file is set."));
         return nullptr;
     }
     QString error;
     std::unique_ptr<TextSource> source = TextSource::fromFile(path, options.encoding, &error);
     if (!source) {
-        messages->fail(translated("Can't open file '%1': %2.").arg(path, error));
+        messages->fail(InputReader::tr("Can't open file '%1': %2.").arg(path, error));
     }
     return source;
 }
@@ -36,13 +36,13 @@ Dataset readTable(const InputOptions &options, const QString &path, const QStrin
                   Messages *messages, const Progress &progress)
 {
     if (!isReadAsDelimitedText(options.fileType)) {
-        messages->fail(translated("Reading '%1' files is not built yet in this version.")
+        messages->fail(InputReader::tr("Reading '%1' files is not built yet in this version.")
                            .arg(fileTypeLabel(options.fileType)));
         return {};
     }
     if (options.schemaInUse) {
-        messages->fail(
-            translated("Checking an input against a schema is not built yet in this version."));
+        messages->fail(InputReader::tr(
+            "Checking an input against a schema is not built yet in this version."));
         return {};
     }
     const std::unique_ptr<TextSource> source = openSource(options, path, messages);
@@ -56,13 +56,13 @@ Dataset readTable(const InputOptions &options, const QString &path, const QStrin
 
 QString tooBigText(const QString &path)
 {
-    return translated("'%1' is too big for Tabweave to read.").arg(path);
+    return InputReader::tr("'%1' is too big for Tabweave to read.").arg(path);
 }
 
 Dataset readInput(const InputOptions &options, const QString &path, Messages *messages,
                   const Progress &progress)
 {
-    const QString name = options.medium == Medium::Clipboard ? translated("Clipboard") : path;
+    const QString name = options.medium == Medium::Clipboard ? InputReader::tr("Clipboard") : path;
     try {
         return readTable(options, path, name, messages, progress);
     } catch (const std::bad_alloc &) {

@@ -5,17 +5,11 @@
 #include "texts.h"
 #include "utf8.h"
 
-#include <QCoreApplication>
 #include <algorithm>
 #include <limits>
 #include <new>
 
 namespace {
-
-QString translated(const char *text)
-{
-    return QCoreApplication::translate("RowCollector", text);
-}
 
 bool isAsciiSpace(char byte)
 {
@@ -163,26 +157,24 @@ Dataset RowCollector::finish(Messages *messages)
 void RowCollector::noteRows(Messages *messages) const
 {
     if (m_emptyRows > 0) {
-        messages->note(translated("%1 empty row(s) ignored").arg(Texts::count(m_emptyRows)));
+        messages->note(tr("%1 empty row(s) ignored").arg(Texts::count(m_emptyRows)));
     }
     if (m_mendedValues > 0) {
-        messages->warn(translated("%1 value(s) contain bytes that are not valid %2; they were "
-                                  "replaced by '%3'.")
+        messages->warn(tr("%1 value(s) contain bytes that are not valid %2; they were "
+                          "replaced by '%3'.")
                            .arg(Texts::count(m_mendedValues), m_source.encodingName(),
                                 QString(QChar(QChar::ReplacementCharacter))));
     }
     if (m_lengths.size() < 2) {
         return;
     }
-    messages->warn(translated("Number of values per row vary:"));
+    messages->warn(tr("Number of values per row vary:"));
     for (const auto &[length, rows] : m_lengths) {
         const QString line =
-            translated("%1 input %2 %3 %4")
-                .arg(Texts::count(rows.rows),
-                     rows.rows == 1 ? translated("row has") : translated("rows have"),
-                     Texts::count(length),
-                     length == 1 ? translated("value") : translated("values"));
-        messages->warn(line + translated(": E.g. input row %1").arg(Texts::count(rows.firstRow)));
+            tr("%1 input %2 %3 %4")
+                .arg(Texts::count(rows.rows), rows.rows == 1 ? tr("row has") : tr("rows have"),
+                     Texts::count(length), length == 1 ? tr("value") : tr("values"));
+        messages->warn(line + tr(": E.g. input row %1").arg(Texts::count(rows.firstRow)));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "rowtext.h"
 #include "tablebuilder.h"
 
+#include <QCoreApplication>
 #include <QStringList>
 #include <map>
 #include <optional>
@@ -17,6 +18,8 @@ class TextSource;
 /// ones, cleans the values, takes the header, and remembers what is told of the rows at the end.
 class RowCollector
 {
+    Q_DECLARE_TR_FUNCTIONS(RowCollector)
+
 public:
     RowCollector(const InputOptions &options, const TextSource &source);
 

@@ -283,7 +283,7 @@ private Q_SLOTS:
 void TestDelimitedParser::agreesWithThePlainGrammars()
 {
     QRandomGenerator random(20260131);
-    for (int i = 0; i < 40000; ++i) {
+    for (int i = 0; i < 25000; ++i) {
         const InputOptions options = randomOptions(&random);
         const QByteArray bytes = randomBytes(&random, options.customDelimiter);
         const Expected expected = expectedOf(bytes, options);
