@@ -57,11 +57,12 @@ void DelimitedParser::setGrammar(Grammar grammar, const QString &delimiter,
     m_dropRepeated = ignoreRepeatedDelimiter;
     m_keepFirst = grammar == Grammar::Unquoted;
     if (grammar == Grammar::Quoted) {
-        // The delimiter goes before the quote, the line end of the other grammar before it.
+        // A quote that is the delimiter groups nothing.
         m_quoted = m_first != quote;
         return;
     }
     m_quoted = false;
+    // A line end is never a delimiter here.
     if (m_first == '\n' || m_first == '\r') {
         m_first = -1;
     }
