@@ -4,6 +4,7 @@
 #include "inputnode.h"
 #include "outputnode.h"
 #include "runengine.h"
+#include "transform.h"
 #include "transformnode.h"
 #include "userinterface.h"
 
@@ -109,6 +110,22 @@ GraphScene::~GraphScene() = default;
 bool GraphScene::isRunning() const
 {
     return m_runEngine->isRunning();
+}
+
+void GraphScene::setPreferences(const Preferences &preferences)
+{
+    const bool datesChanged = preferences.dateFormats != m_preferences.dateFormats ||
+                              preferences.localeName != m_preferences.localeName;
+    m_preferences = preferences;
+    if (!datesChanged) {
+        return;
+    }
+    const QList<TransformNode *> items = transforms();
+    for (TransformNode *item : items) {
+        if (item->transform().dependsOnDateFormats()) {
+            item->setStatus(ItemStatus::NeedsUpdating, true);
+        }
+    }
 }
 
 QList<Node *> GraphScene::nodes() const

@@ -43,7 +43,8 @@ public:
 
     UserInterface *userInterface() const { return m_userInterface; }
     const Preferences &preferences() const { return m_preferences; }
-    void setPreferences(const Preferences &preferences) { m_preferences = preferences; }
+    /// Marks the items whose result depends on a preference that is another one now.
+    void setPreferences(const Preferences &preferences);
     DocumentSettings &document() { return m_document; }
     const DocumentSettings &document() const { return m_document; }
     RunEngine &runEngine() { return *m_runEngine; }
@@ -184,7 +185,7 @@ private:
     /// True when something was done.
     bool applyWaiting();
     void push(std::unique_ptr<QUndoCommand> command);
-    void pushEdit(std::unique_ptr<QUndoCommand> command);
+    void pushEdit(Node *node, std::unique_ptr<QUndoCommand> command);
     void afterEdit();
     void runEnded(bool stopped);
     void nodeMarked();

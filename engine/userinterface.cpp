@@ -10,5 +10,5 @@ QString memoryQuestion(double limitGb, double usedGb)
                "UserInterface",
                "You have exceed the maximum process memory set in 'Preferences'.\n\nMaximum memory "
                "usage=%1 GB. Current memory usage=%2 GB.\n\nWould you like to?:")
-        .arg(locale.toString(limitGb, 'g', 4), locale.toString(usedGb, 'g', 4));
+        .arg(locale.toString(limitGb, 'f', 2), locale.toString(usedGb, 'f', 2));
 }

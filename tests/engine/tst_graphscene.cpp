@@ -3,6 +3,7 @@
 
 #include "connection.h"
 #include "runengine.h"
+#include "transformcatalogue.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -142,6 +143,7 @@ private Q_SLOTS:
     void asksBeforeReferencesMayBeLost();
     void refusesBlockedExtensions();
     void tellsWhatToSelect();
+    void otherDateFormatsMarkWhatReadsDates();
     void clearingForgetsAll();
 };
 
@@ -577,6 +579,25 @@ void TestGraphScene::tellsWhatToSelect()
     const TransformNode *added = graph.scene.addTransform(std::make_unique<TestTransform>(), {});
     QVERIFY(added);
     QCOMPARE(added->upstreamNodes(), QList<Node *>{input});
+}
+
+void TestGraphScene::otherDateFormatsMarkWhatReadsDates()
+{
+    TestGraph graph;
+    Node *input = graph.input();
+    Node *plain = graph.transform({input});
+    Node *filter = graph.scene.insert(std::make_unique<TransformNode>(
+        TransformCatalogue().create(QStringLiteral("Filter"))));
+    graph.scene.connectNodes(input, filter);
+    graph.scene.runEngine().run({});
+    Preferences preferences = graph.scene.preferences();
+    preferences.autoRunDelaySeconds = 2.0;
+    graph.scene.setPreferences(preferences);
+    QCOMPARE(filter->status(), ItemStatus::UpToDate);
+    preferences.dateFormats = QStringList{QStringLiteral("yyyy")};
+    graph.scene.setPreferences(preferences);
+    QCOMPARE(filter->status(), ItemStatus::NeedsUpdating);
+    QCOMPARE(plain->status(), ItemStatus::UpToDate);
 }
 
 void TestGraphScene::clearingForgetsAll()

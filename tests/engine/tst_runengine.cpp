@@ -424,8 +424,10 @@ void TestRunEngine::undoingDuringARun()
         if (node == added && !done) {
             done = true;
             graph.scene.undo();
-            // Drops the undone command, and with it the item in hand, before its end.
+            // Drops the undone command, and with it the item in hand.
             graph.scene.addNote({}, QStringLiteral("later"));
+            graph.scene.editComment(added, QStringLiteral("too late"));
+            graph.scene.moveItems({added}, {1, 1});
         }
     });
     graph.scene.runEngine().run({});
