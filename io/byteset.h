@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGlobal>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -14,55 +15,61 @@ class ByteSet
 public:
     static constexpr int capacity = 5;
 
-    ByteSet()
-    {
-        m_values.fill('\0');
-        m_isMember.fill(false);
-    }
+    ByteSet() { m_isMember.fill(false); }
 
     void add(char byte)
     {
-        // Unused places repeat the last member, so that they find nothing more.
-        for (size_t i = size_t(m_count); i < m_values.size(); ++i) {
-            m_values[i] = byte;
-        }
-        ++m_count;
         m_isMember[uchar(byte)] = true;
+#ifdef __SSE2__
+        Q_ASSERT(m_added < capacity);
+        // Places not used yet repeat the last member, so that they find nothing more.
+        for (int i = m_added; i < capacity; ++i) {
+            m_values[i] = _mm_set1_epi8(byte);
+        }
+        ++m_added;
+#endif
     }
     void addNonAscii()
     {
-        m_highBit = char(0x80);
         for (size_t i = 0x80; i < m_isMember.size(); ++i) {
             m_isMember[i] = true;
         }
+#ifdef __SSE2__
+        m_highBits = _mm_set1_epi8(char(0x80));
+#endif
     }
 
     /// Answers whether no member was met; the copy is then complete. The set must not be empty.
     bool copyWithout(const char *from, size_t size, char *to) const;
 
 private:
-    using uchar = unsigned char;
-    bool isMember(char byte) const { return m_isMember[uchar(byte)]; }
+    bool isMember(char byte) const
+    {
+        return m_isMember[uchar(byte)];
+    }
 #ifdef __SSE2__
     int membersOf(__m128i bytes) const
     {
-        __m128i found = _mm_and_si128(bytes, _mm_set1_epi8(m_highBit));
-        for (const char value : m_values) {
-            found = _mm_or_si128(found, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(value)));
+        __m128i found = _mm_and_si128(bytes, m_highBits);
+        for (const __m128i &value : m_values) {
+            found = _mm_or_si128(found, _mm_cmpeq_epi8(bytes, value));
         }
         return _mm_movemask_epi8(found);
     }
 #endif
 
-    std::array<char, capacity> m_values;
-    int m_count = 0;
-    char m_highBit = 0;
     std::array<bool, 256> m_isMember;
+#ifdef __SSE2__
+    // Each member in all bytes.
+    __m128i m_values[capacity];
+    __m128i m_highBits = _mm_setzero_si128();
+    int m_added = 0;
+#endif
 };
 
 #ifdef __SSE2__
 
-inline bool ByteSet::copyWithout(const char *from, size_t size, char *to) const
+Q_ALWAYS_INLINE bool ByteSet::copyWithout(const char *from, size_t size, char *to) const
 {
     if (size >= 16) {
         const auto copy16 = [&](size_t at) {
@@ -111,7 +118,7 @@ inline bool ByteSet::copyWithout(const char *from, size_t size, char *to) const
 
 #else
 
-inline bool ByteSet::copyWithout(const char *from, size_t size, char *to) const
+Q_ALWAYS_INLINE bool ByteSet::copyWithout(const char *from, size_t size, char *to) const
 {
     bool found = false;
     for (size_t i = 0; i < size; ++i) {

@@ -8,6 +8,7 @@
 namespace {
 
 constexpr size_t blockSize = size_t(1) << 20;
+constexpr size_t largestPiece = size_t(1) << 15;
 constexpr size_t codePoints = 0x110000;
 // Registered numbers of encodings.
 constexpr int utf8Mib = 106;
@@ -155,22 +156,34 @@ void TextEncoder::append(std::string_view utf8)
 
 bool TextEncoder::flush()
 {
-    size_t size = size_t(m_at - m_block.get());
+    const std::string_view all(m_block.get(), size_t(m_at - m_block.get()));
     size_t kept = 0;
-    if (!m_failed && size > 0) {
+    if (!m_failed && !all.empty()) {
         if (m_encoder) {
-            kept = size_t(Utf8::incompleteTail(std::string_view(m_block.get(), size)));
-            size -= kept;
-            const QString text = Utf8::decoded(std::string_view(m_block.get(), size));
-            const QByteArray bytes = m_codec.encodedPart(m_encoder.get(), text);
-            m_failed = !m_sink(bytes.constData(), bytes.size());
+            kept = size_t(Utf8::incompleteTail(all));
+            m_failed = !sinkEncoded(all.substr(0, all.size() - kept));
         } else {
-            m_failed = !m_sink(m_block.get(), qint64(size));
+            m_failed = !m_sink(all.data(), qint64(all.size()));
         }
-        memmove(m_block.get(), m_block.get() + size, kept);
+        memmove(m_block.get(), all.data() + all.size() - kept, kept);
     }
     m_at = m_block.get() + kept;
     return !m_failed;
+}
+
+/// Encodes piece by piece: the texts in between then stay small enough to be made cheaply.
+bool TextEncoder::sinkEncoded(std::string_view utf8)
+{
+    while (!utf8.empty()) {
+        std::string_view piece = utf8.substr(0, largestPiece);
+        piece.remove_suffix(size_t(Utf8::incompleteTail(piece)));
+        const QByteArray bytes = m_codec.encodedPart(m_encoder.get(), Utf8::decoded(piece));
+        if (!m_sink(bytes.constData(), bytes.size())) {
+            return false;
+        }
+        utf8.remove_prefix(piece.size());
+    }
+    return true;
 }
 
 bool TextEncoder::replaceUnencodable(std::string_view utf8, std::string *out) const

@@ -86,6 +86,8 @@ public:
     bool replaceUnencodable(std::string_view utf8, std::string *out) const;
 
 private:
+    bool sinkEncoded(std::string_view utf8);
+
     const OutputCodec &m_codec;
     Sink m_sink;
     std::unique_ptr<QTextEncoder> m_encoder;
