@@ -235,7 +235,7 @@ QStringList ColumnBinding::bind(ParameterType type, const QStringList &columns, 
         followSeen(columns, &choice);
         *value = QVariant::fromValue(choice);
     }
-    const QStringList gone = goneNames(type, value);
+    QStringList gone = goneNames(type, value);
     if (type == ParameterType::RenameColumns) {
         completeRenames(columns, hasHeader, value);
     }

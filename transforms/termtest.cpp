@@ -62,7 +62,7 @@ QString ColumnDateFormats::of(ColIndex column)
     if (known != m_found.end()) {
         return known->second;
     }
-    const QString pattern = detectDateFormat(m_table, column, m_patterns).pattern;
+    QString pattern = detectDateFormat(m_table, column, m_patterns).pattern;
     m_found.emplace(column.value(), pattern);
     return pattern;
 }

@@ -1,6 +1,9 @@
 #include "transformcatalogue.h"
 
+#include "transformcase.h"
 #include "transformfilter.h"
+#include "transformpad.h"
+#include "transformsort.h"
 #include "unbuilttransform.h"
 
 #include <algorithm>
@@ -12,7 +15,10 @@ namespace {
 std::vector<std::unique_ptr<Transform>> prototypes()
 {
     std::vector<std::unique_ptr<Transform>> list;
+    list.push_back(std::make_unique<TransformCase>());
     list.push_back(std::make_unique<TransformFilter>());
+    list.push_back(std::make_unique<TransformPad>());
+    list.push_back(std::make_unique<TransformSort>());
     for (const TransformFacts *const facts : UnbuiltTransform::allFacts()) {
         list.push_back(std::make_unique<UnbuiltTransform>(*facts));
     }

@@ -45,12 +45,12 @@ struct TransformFacts
     constexpr TransformFacts(int typeId, const char *typeClass, const char *displayName,
                              const char *storedName, TransformCategory typeCategory,
                              const char *typeDescription)
-        : id(typeId)
-        , className(typeClass)
+        : className(typeClass)
         , name(displayName)
         , typeName(storedName)
-        , category(typeCategory)
         , description(typeDescription)
+        , id(typeId)
+        , category(typeCategory)
     {
     }
 
@@ -94,17 +94,17 @@ struct TransformFacts
             .role(ParameterRole::CaseSensitive, "Case_Sensitive");
     }
 
-    int id;
     const char *className;
     const char *name;
     /// The name under which documents store the type.
     const char *typeName;
-    TransformCategory category;
     const char *description;
-    int minimumInputs = 1;
-    int maximumInputs = 1;
     const char *searchWords = "";
-    quint32 properties = 0;
     const char *inputOrderText = "";
     std::array<const char *, 9> parameterKeys{};
+    int id;
+    TransformCategory category;
+    int minimumInputs = 1;
+    int maximumInputs = 1;
+    quint32 properties = 0;
 };

@@ -142,7 +142,7 @@ Dataset TransformFilter::execute(const QList<Dataset> &inputs)
         setStatus(Texts::noChanges());
         return input;
     }
-    const Dataset output = filtered(input, spec, caseSensitive);
+    Dataset output = filtered(input, spec, caseSensitive);
     setStatus(Texts::rowsRemoved(input.rowCount() - output.rowCount()));
     return output;
 }

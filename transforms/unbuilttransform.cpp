@@ -19,10 +19,6 @@ constexpr TransformFacts unbuiltTypes[] = {
                           "Perform calculations on 1 or 2 columns to create a new column."))
         .words("formula add sum math trig log round date difference age")
         .with(TransformFacts::DateFormats | TransformFacts::DependentParameters),
-    TransformFacts(1, "TransformCase", "Case", "Case", Category::Format,
-                   QT_TRANSLATE_NOOP("Transform", "Change the case in the selected column(s)."))
-        .words("inverted snake kebab camel sentence title tolower toupper upper lower cases")
-        .with(TransformFacts::EditsInPlace),
     TransformFacts(
         2, "TransformChop", "Chop", "Chop", Category::Format,
         QT_TRANSLATE_NOOP(
@@ -224,10 +220,6 @@ constexpr TransformFacts unbuiltTypes[] = {
         .words("anomaly clip iqr")
         .with(TransformFacts::Advanced | TransformFacts::EditsInPlace |
               TransformFacts::DependentParameters),
-    TransformFacts(37, "TransformPad", "Pad", "Pad", Category::Format,
-                   QT_TRANSLATE_NOOP("Transform", "Pad the selected column(s) to a fixed length."))
-        .words("zeros width length")
-        .with(TransformFacts::EditsInPlace),
     TransformFacts(
         38, "TransformPivot", "Pivot", "Pivot", Category::Analysis,
         QT_TRANSLATE_NOOP("Transform", "Create a pivot table to summarize the selected columns."))
@@ -279,13 +271,6 @@ constexpr TransformFacts unbuiltTypes[] = {
                           "Move non-empty values in selected columns to adjacent empty cells."))
         .words("shift compact left")
         .with(TransformFacts::Advanced | TransformFacts::EditsInPlace),
-    TransformFacts(
-        52, "TransformSort", "Sort", "Sort", Category::Row,
-        QT_TRANSLATE_NOOP("Transform",
-                          "Sort rows by text, numeric and date values in the selected column(s)."))
-        .words(
-            "sorts sorting levels ordering ascending arrange descending rankings dense cumulative")
-        .with(TransformFacts::DateFormats | TransformFacts::DependentParameters),
     TransformFacts(53, "TransformSplit", "Split Col", "Split", Category::Column,
                    QT_TRANSLATE_NOOP("Transform", "Split a column into multiple new columns."))
         .words("delimiter separate parse text to columns")
