@@ -156,7 +156,7 @@ void FieldReader::numbers(const char *name, QList<int> &member)
     for (const QString &text : ListCodec::decoded(*value)) {
         bool ok = false;
         numbers.append(text.toInt(&ok));
-        if (!ok) {
+        if (!ok || numbers.last() < 0) {
             reportReplaced(name, *value);
             return;
         }

@@ -2,6 +2,7 @@
 #include "testsupport.h"
 
 #include <QRegularExpression>
+#include <QTextCodec>
 
 class DocumentXmlTest : public QObject
 {
@@ -15,6 +16,8 @@ private Q_SLOTS:
     void missingAttributesTakeTheirDefaults();
     void damagedTextIsRefused_data();
     void damagedTextIsRefused();
+    void otherEncodingsAreRead_data();
+    void otherEncodingsAreRead();
     void whatIsUnknownIsCollected();
     void impossibleValuesAreReplaced_data();
     void impossibleValuesAreReplaced();
@@ -364,6 +367,32 @@ void DocumentXmlTest::damagedTextIsRefused()
     QCOMPARE(given, error);
 }
 
+void DocumentXmlTest::otherEncodingsAreRead_data()
+{
+    QTest::addColumn<QByteArray>("codec");
+    QTest::addColumn<QByteArray>("start");
+    QTest::newRow("UTF-8 with a byte-order mark") << QByteArray("UTF-8") << QByteArray();
+    QTest::newRow("UTF-8 as declared")
+        << QByteArray("UTF-8") << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
+    QTest::newRow("UTF-16") << QByteArray("UTF-16") << QByteArray();
+    QTest::newRow("UTF-16 as declared")
+        << QByteArray("UTF-16BE") << QByteArray("<?xml version='1.0' encoding='UTF-16'?>");
+}
+
+// Other programs may have rewritten a document.
+void DocumentXmlTest::otherEncodingsAreRead()
+{
+    QFETCH(QByteArray, codec);
+    QFETCH(QByteArray, start);
+    const QByteArray bytes = document("<meta><notes value=\"\xc3\xa9%C3%A9\"/></meta>");
+    QString text = QString::fromUtf8(start + bytes);
+    text.prepend(QChar(QChar::ByteOrderMark));
+    QTextEncoder *encoder = QTextCodec::codecForName(codec)->makeEncoder(QTextCodec::IgnoreHeader);
+    const QByteArray encoded = encoder->fromUnicode(text);
+    delete encoder;
+    QCOMPARE(readOrFail(encoded).meta.notes, QString::fromUtf8("\u00e9\u00e9"));
+}
+
 void DocumentXmlTest::whatIsUnknownIsCollected()
 {
     const DocumentRecords read = readOrFail(document(
@@ -393,6 +422,7 @@ void DocumentXmlTest::impossibleValuesAreReplaced_data()
     QTest::newRow("negative choice") << QByteArray("quote=\"-1\"");
     QTest::newRow("no flag") << QByteArray("trim=\"2\"");
     QTest::newRow("no list of numbers") << QByteArray("fixed_widths=\"3\x1Fx\"");
+    QTest::newRow("negative width") << QByteArray("fixed_widths=\"3\x1F-1\"");
     QTest::newRow("position") << QByteArray("pos_v12=\"nan\x1F"
                                             "1\"");
 }
