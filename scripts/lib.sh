@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by the scripts of this folder, which are bash with "set -euo pipefail".
 
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -22,9 +23,12 @@ quietly() {
 
 # The presets live in the source folder and CMake looks for them in the working directory.
 configure_and_build() {
-    (cd "$top" && cmake --preset "$1" && cmake --build --preset "$1")
+    local preset=$1
+    shift
+    (cd "$top" && cmake --preset "$preset" && cmake --build --preset "$preset" "$@")
 }
 
+# build_preset PRESET [BUILD OPTION...]
 build_preset() {
-    quietly "Building the $1 preset" configure_and_build "$1"
+    quietly "Building the $1 preset" configure_and_build "$@"
 }
