@@ -2,6 +2,7 @@
 
 #include "transformcase.h"
 #include "transformfilter.h"
+#include "transformjoin.h"
 #include "transformpad.h"
 #include "transformsort.h"
 #include "unbuilttransform.h"
@@ -17,6 +18,7 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     std::vector<std::unique_ptr<Transform>> list;
     list.push_back(std::make_unique<TransformCase>());
     list.push_back(std::make_unique<TransformFilter>());
+    list.push_back(std::make_unique<TransformJoin>());
     list.push_back(std::make_unique<TransformPad>());
     list.push_back(std::make_unique<TransformSort>());
     for (const TransformFacts *const facts : UnbuiltTransform::allFacts()) {

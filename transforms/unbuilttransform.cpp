@@ -157,18 +157,6 @@ constexpr TransformFacts unbuiltTypes[] = {
         .words("script code custom function")
         .with(TransformFacts::Advanced),
     TransformFacts(
-        27, "TransformJoin", "Join", "Join", Category::Merge,
-        QT_TRANSLATE_NOOP(
-            "Transform",
-            "Merge 2 input datasets side by side using common (key) columns or row numbers. The "
-            "bottom dataset (by vertical position) is joined to the right of the top dataset."))
-        .inputs(2, 2)
-        .words("joins denormalise denormalize common keys side horizontally unique inner outer "
-               "left right enrich")
-        .with(TransformFacts::DependentParameters)
-        .inputOrder(topToBottom)
-        .keyRoles(),
-    TransformFacts(
         28, "TransformLookup", "Lookup", "Lookup", Category::Merge,
         QT_TRANSLATE_NOOP(
             "Transform",
