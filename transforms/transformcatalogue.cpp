@@ -4,6 +4,9 @@
 #include "transformfilter.h"
 #include "transformjoin.h"
 #include "transformpad.h"
+#include "transformremovecols.h"
+#include "transformrenamecols.h"
+#include "transformreorder.h"
 #include "transformsort.h"
 #include "unbuilttransform.h"
 
@@ -20,6 +23,9 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     list.push_back(std::make_unique<TransformFilter>());
     list.push_back(std::make_unique<TransformJoin>());
     list.push_back(std::make_unique<TransformPad>());
+    list.push_back(std::make_unique<TransformRemoveCols>());
+    list.push_back(std::make_unique<TransformRenameCols>());
+    list.push_back(std::make_unique<TransformReorder>());
     list.push_back(std::make_unique<TransformSort>());
     for (const TransformFacts *const facts : UnbuiltTransform::allFacts()) {
         list.push_back(std::make_unique<UnbuiltTransform>(*facts));

@@ -219,15 +219,6 @@ constexpr TransformFacts unbuiltTypes[] = {
         QT_TRANSLATE_NOOP("Transform", "Add a new column filled with pseudo-random numbers."))
         .words("seed normal uuid dice")
         .with(TransformFacts::Advanced | TransformFacts::DependentParameters),
-    TransformFacts(40, "TransformRemoveCols", "Remove Cols", "Remove", Category::Column,
-                   QT_TRANSLATE_NOOP("Transform", "Uncheck the column(s) you wish to remove."))
-        .words("delete drop select keep"),
-    TransformFacts(42, "TransformRenameCols", "Rename Cols", "Rename_Cols", Category::Column,
-                   QT_TRANSLATE_NOOP("Transform", "Rename column headers."))
-        .words("header names"),
-    TransformFacts(43, "TransformReorder", "Reorder Cols", "Reorder", Category::Column,
-                   QT_TRANSLATE_NOOP("Transform", "Drag columns to reorder."))
-        .words("move arrange"),
     TransformFacts(
         45, "TransformReplaceMulti", "Replace", "Replace_Multi", Category::Format,
         QT_TRANSLATE_NOOP("Transform", "Replace multiple text in the selected column(s)."))
