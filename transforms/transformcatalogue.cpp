@@ -7,6 +7,8 @@
 #include "transformremovecols.h"
 #include "transformrenamecols.h"
 #include "transformreorder.h"
+#include "transformreplacemulti.h"
+#include "transformscale.h"
 #include "transformsort.h"
 #include "unbuilttransform.h"
 
@@ -26,6 +28,8 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     list.push_back(std::make_unique<TransformRemoveCols>());
     list.push_back(std::make_unique<TransformRenameCols>());
     list.push_back(std::make_unique<TransformReorder>());
+    list.push_back(std::make_unique<TransformReplaceMulti>());
+    list.push_back(std::make_unique<TransformScale>());
     list.push_back(std::make_unique<TransformSort>());
     for (const TransformFacts *const facts : UnbuiltTransform::allFacts()) {
         list.push_back(std::make_unique<UnbuiltTransform>(*facts));

@@ -219,23 +219,12 @@ constexpr TransformFacts unbuiltTypes[] = {
         QT_TRANSLATE_NOOP("Transform", "Add a new column filled with pseudo-random numbers."))
         .words("seed normal uuid dice")
         .with(TransformFacts::Advanced | TransformFacts::DependentParameters),
-    TransformFacts(
-        45, "TransformReplaceMulti", "Replace", "Replace_Multi", Category::Format,
-        QT_TRANSLATE_NOOP("Transform", "Replace multiple text in the selected column(s)."))
-        .words("find regex substitute multiple")
-        .with(TransformFacts::EditsInPlace),
     TransformFacts(46, "TransformRowNum", "Row Num", "Row_Num", Category::Row,
                    QT_TRANSLATE_NOOP("Transform", "Add a new column with the row number."))
         .words("index id sequence number"),
     TransformFacts(47, "TransformSample", "Sample", "Sample", Category::Row,
                    QT_TRANSLATE_NOOP("Transform", "Sample from all rows."))
         .words("head tail top limit random"),
-    TransformFacts(
-        48, "TransformScale", "Scale", "Scale", Category::Format,
-        QT_TRANSLATE_NOOP("Transform", "Scale numeric values, e.g. to a percentage or 0 to 1."))
-        .words("normalise standardise z-score percent")
-        .with(TransformFacts::Advanced | TransformFacts::EditsInPlace |
-              TransformFacts::DependentParameters),
     TransformFacts(49, "TransformSequence", "Sequence", "Sequence", Category::Row,
                    QT_TRANSLATE_NOOP("Transform", "Add missing rows from a sequence."))
         .words("gaps missing dates series")
