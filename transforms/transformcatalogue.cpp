@@ -2,6 +2,7 @@
 
 #include "transformcase.h"
 #include "transformfilter.h"
+#include "transformif.h"
 #include "transformjoin.h"
 #include "transformpad.h"
 #include "transformremovecols.h"
@@ -23,6 +24,7 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     std::vector<std::unique_ptr<Transform>> list;
     list.push_back(std::make_unique<TransformCase>());
     list.push_back(std::make_unique<TransformFilter>());
+    list.push_back(std::make_unique<TransformIf>());
     list.push_back(std::make_unique<TransformJoin>());
     list.push_back(std::make_unique<TransformPad>());
     list.push_back(std::make_unique<TransformRemoveCols>());

@@ -120,12 +120,6 @@ constexpr TransformFacts unbuiltTypes[] = {
                    QT_TRANSLATE_NOOP("Transform", "Move rows to the header."))
         .words("promote demote names")
         .with(TransformFacts::Advanced),
-    TransformFacts(
-        21, "TransformIf", "If", "If", Category::Column,
-        QT_TRANSLATE_NOOP("Transform",
-                          "Create a new column with values conditional on other columns."))
-        .words("conditional branch then else equals greater less than regex regular")
-        .with(TransformFacts::Advanced | TransformFacts::DateFormats),
     TransformFacts(22, "TransformImpute", "Impute", "Impute", Category::Other,
                    QT_TRANSLATE_NOOP("Transform", "Infer values of missing data."))
         .words("missing fill mean")
