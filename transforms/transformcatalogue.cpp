@@ -1,5 +1,6 @@
 #include "transformcatalogue.h"
 
+#include "transformcalculate.h"
 #include "transformcase.h"
 #include "transformfilter.h"
 #include "transformif.h"
@@ -22,6 +23,7 @@ namespace {
 std::vector<std::unique_ptr<Transform>> prototypes()
 {
     std::vector<std::unique_ptr<Transform>> list;
+    list.push_back(std::make_unique<TransformCalculate>());
     list.push_back(std::make_unique<TransformCase>());
     list.push_back(std::make_unique<TransformFilter>());
     list.push_back(std::make_unique<TransformIf>());

@@ -14,12 +14,6 @@ constexpr const char *topToBottom =
 // The facts of a type move to the head of its source when its work is built.
 constexpr TransformFacts unbuiltTypes[] = {
     TransformFacts(
-        0, "TransformCalculate", "Calculate", "Calculate", Category::Column,
-        QT_TRANSLATE_NOOP("Transform",
-                          "Perform calculations on 1 or 2 columns to create a new column."))
-        .words("formula add sum math trig log round date difference age")
-        .with(TransformFacts::DateFormats | TransformFacts::DependentParameters),
-    TransformFacts(
         2, "TransformChop", "Chop", "Chop", Category::Format,
         QT_TRANSLATE_NOOP(
             "Transform",
