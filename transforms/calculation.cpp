@@ -8,6 +8,7 @@
 #include "transformsettings.h"
 #include "utf8.h"
 #include "valueinterpretation.h"
+#include "writtendates.h"
 
 #include <QCoreApplication>
 #include <QVariant>
@@ -236,6 +237,7 @@ Calculation::Calculation(const CalculationOperation &operation, const Dataset &t
         m_dateFormat =
             detectDateFormat(table, column, TransformSettings::current().dateFormats).pattern;
     }
+    m_writtenFormat = writtenDateFormat(table, column, m_dateFormat);
     const OperandReader reader(operation, operation.first, m_dateFormat, false);
     m_first = std::make_unique<ColumnOperands>(reader, operation.first, table, column);
     m_second = std::make_unique<TodayOperand>();
@@ -305,7 +307,7 @@ Calculation::Cell Calculation::cellOf(const CalculationResult &result) const
     } else if (const QString *const words = std::get_if<QString>(&result)) {
         text = *words;
     } else if (const QDate *const date = std::get_if<QDate>(&result)) {
-        text = date->toString(m_dateFormat.isEmpty() ? QStringLiteral("yyyy-MM-dd") : m_dateFormat);
+        text = date->toString(m_writtenFormat);
     }
     return {text, text.isEmpty() ? Outcome::Failed : Outcome::Calculated};
 }

@@ -61,6 +61,7 @@ private:
     const Dataset &m_table;
     ColumnReader m_cells;
     QString m_dateFormat;
+    QString m_writtenFormat;
     std::unique_ptr<OperandSource> m_first;
     std::unique_ptr<OperandSource> m_second;
     std::vector<Cell> m_known; // by code of the first column; empty: not remembered

@@ -188,19 +188,19 @@ void TestTransformCalculate::calculates_data()
     addRow("ExcelDayToDate", "59", none, "1900-02-28");
     addRow("ExcelDayToDate", "60", none, none);
     addRow("ExcelDayToDate", "61", none, "1900-03-01");
-    addRow("FirstOfMonth", "29/02/2024", none, "1/2/2024");
-    addRow("LastOfMonth", "2024-02-03", none, "2024-2-29");
+    addRow("FirstOfMonth", "29/02/2024", none, "01/02/2024");
+    addRow("LastOfMonth", "2024-02-03", none, "2024-02-29");
     addRow("StartOfWeek", "03/11/2024", none, "28/10/2024");
-    addRow("AddDays", "31/12/2024", "1", "1/1/2025");
+    addRow("AddDays", "31/12/2024", "1", "01/01/2025");
     addRow("AddDays", "31/12/9999", "1", none);
     addRow("AddDays", "31/12/2024", "9223372036854775807", none);
     addRow("AddWeeks", "31/12/2024", "-1", "24/12/2024");
-    addRow("AddMonths", "31/01/2024", "1", "29/2/2024");
+    addRow("AddMonths", "31/01/2024", "1", "29/02/2024");
     addRow("AddMonths", "31/01/2024", "99999999999", none);
     addRow("AddMonths", "31/01/2024", "1.5", none);
-    addRow("AddYears", "29/02/2024", "1", "28/2/2025");
-    addRow("AddWorkdays", "01/11/2024", "1", "4/11/2024");
-    addRow("AddWorkdays", "02/11/2024", "-1", "1/11/2024");
+    addRow("AddYears", "29/02/2024", "1", "28/02/2025");
+    addRow("AddWorkdays", "01/11/2024", "1", "04/11/2024");
+    addRow("AddWorkdays", "02/11/2024", "-1", "01/11/2024");
     addRow("DaysBetween", "01/03/2024", "29/02/2024", "-1");
     addRow("WeeksBetween", "01/03/2024", "14/03/2024", "1");
     addRow("MonthsBetween", "31/01/2024", "29/02/2024", "1");
@@ -252,8 +252,8 @@ void TestTransformCalculate::movesByWorkdays()
                 table({}, {{start.toString(QStringLiteral("dd/MM/yyyy")), QString::number(days)}});
             const Dataset added =
                 transformWith<TransformCalculate>(columnOptions("AddWorkdays"))->execute({input});
-            const QDate end =
-                QDate::fromString(added.cell(RowIndex(0), ColIndex(2)), QStringLiteral("d/M/yyyy"));
+            const QDate end = QDate::fromString(added.cell(RowIndex(0), ColIndex(2)),
+                                                QStringLiteral("dd/MM/yyyy"));
             int between = 0;
             for (QDate each = qMin(start, end).addDays(days > 0 ? 1 : 0);
                  each < qMax(start, end).addDays(days > 0 ? 1 : 0); each = each.addDays(1)) {
@@ -357,6 +357,9 @@ void TestTransformCalculate::writesDatesLikeTheColumn()
     // The second cell makes it a column of months first, so the first is 4 March.
     const Dataset input = columnTable(QStringLiteral("A"), cells("3/4/2024|3/13/2024|n/a"));
     QCOMPARE(columnOf(transform->execute({input}), 1), cells("3/5/2024|3/14/2024|"));
+    // Two digits where all cells have two.
+    const Dataset padded = columnTable(QStringLiteral("A"), cells("12/04/2024|03/13/2024|n/a"));
+    QCOMPARE(columnOf(transform->execute({padded}), 1), cells("12/05/2024|03/14/2024|"));
 }
 
 void TestTransformCalculate::countsYearsUpToToday()
