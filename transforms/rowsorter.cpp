@@ -66,28 +66,9 @@ bool SortKeys::read(const Dataset &table, const SortLevel &level, const SortRule
     const std::vector<std::string_view> &values = cells.values;
 
     std::vector<MixedKey> keys(values.size());
-    if (rules.intelligent) {
-        const QString pattern = detectDateFormat(table, level.column, rules.datePatterns).pattern;
-        std::optional<DatePattern> dates;
-        if (!pattern.isEmpty()) {
-            dates.emplace(pattern);
-        }
-        const bool isNumeric = isNumericColumn(table, level.column);
-        const NumberReader &numbers = NumberReader::current();
-        for (size_t i = 0; (dates || isNumeric) && i < values.size(); ++i) {
-            if (i % progressInterval == 0 && !reportProgress(progress, 0.3)) {
-                return false;
-            }
-            MixedKey &key = keys[i];
-            if (dates) {
-                const QDate date = dates->read(values[i]);
-                key.isDate = date.isValid();
-                key.day = double(date.toJulianDay());
-            }
-            if (isNumeric) {
-                key.number = numbers.toReal(values[i], false, false, &key.isNumber);
-            }
-        }
+    if (rules.intelligent && !readValues(table, level.column, rules.datePatterns, values,
+                                         progressBetween(progress, 0.3, 0.4), &keys)) {
+        return false;
     }
 
     const Kind kind = kindOf(keys, values);
@@ -109,6 +90,39 @@ bool SortKeys::read(const Dataset &table, const SortLevel &level, const SortRule
     }
     m_mixed.clear();
     takeRanks(ranks);
+    return true;
+}
+
+/// Reads the values as dates and as numbers, as far as the column holds such.
+bool SortKeys::readValues(const Dataset &table, ColIndex column, const QStringList &datePatterns,
+                          const std::vector<std::string_view> &values, const Progress &progress,
+                          std::vector<MixedKey> *keys)
+{
+    const QString pattern = detectDateFormat(table, column, datePatterns).pattern;
+    std::optional<DatePattern> dates;
+    if (!pattern.isEmpty()) {
+        dates.emplace(pattern);
+    }
+    const bool isNumeric = isNumericColumn(table, column);
+    if (!dates && !isNumeric) {
+        return true;
+    }
+    const NumberReader &numbers = NumberReader::current();
+    for (size_t i = 0; i < values.size(); ++i) {
+        if (i % progressInterval == 0 &&
+            !reportProgress(progress, double(i) / double(values.size()))) {
+            return false;
+        }
+        MixedKey &key = (*keys)[i];
+        if (dates) {
+            const QDate date = dates->read(values[i]);
+            key.isDate = date.isValid();
+            key.day = double(date.toJulianDay());
+        }
+        if (isNumeric) {
+            key.number = numbers.toReal(values[i], false, false, &key.isNumber);
+        }
+    }
     return true;
 }
 

@@ -52,6 +52,9 @@ private:
     };
     enum class Kind { Text, Date, Number, Mixed };
 
+    static bool readValues(const Dataset &table, ColIndex column, const QStringList &datePatterns,
+                           const std::vector<std::string_view> &values, const Progress &progress,
+                           std::vector<MixedKey> *keys);
     static Kind kindOf(const std::vector<MixedKey> &keys,
                        const std::vector<std::string_view> &values);
     static bool rankNumbers(const std::vector<MixedKey> &keys, Kind kind,

@@ -119,6 +119,15 @@ struct TransformJoin::Pairs
     RowSelection bottom;
 };
 
+/// Where the keys of rows without a partner come from and where they go.
+struct TransformJoin::KeyCells
+{
+    const Dataset &table;
+    ColIndex from;
+    const RowSelection &rows; // of the table, by row of the result
+    ColIndex to;
+};
+
 TransformJoin::TransformJoin()
     : Transform(joinFacts)
 {
@@ -246,17 +255,11 @@ Dataset TransformJoin::joinedByKey(const Dataset &top, const Dataset &bottom,
     Dataset output = sideBySide(top, bottom, pairs);
     // Rows of one side alone show their key in the key columns of both.
     const ColIndex bottomKey(top.columnCount().value() + settings.bottomKey.value());
-    for (int row = firstTopOnly; row < int(joined); ++row) {
-        if ((row - firstTopOnly) % progressInterval == 0 && !report(0.9)) {
-            return {};
-        }
-        if (row < firstBottomOnly) {
-            output.setCell(RowIndex(row), bottomKey,
-                           top.cell(RowIndex(pairs.top[size_t(row)]), settings.topKey));
-        } else {
-            output.setCell(RowIndex(row), settings.topKey,
-                           bottom.cell(RowIndex(pairs.bottom[size_t(row)]), settings.bottomKey));
-        }
+    const KeyCells topKeys{top, settings.topKey, pairs.top, bottomKey};
+    const KeyCells bottomKeys{bottom, settings.bottomKey, pairs.bottom, settings.topKey};
+    if (!copyKeys(topKeys, firstTopOnly, firstBottomOnly, &output) ||
+        !copyKeys(bottomKeys, firstBottomOnly, int(joined), &output)) {
+        return {};
     }
     tellCounts(joined, keys.top().rowsMatched + topOnly, topRows,
                keys.bottom().rowsMatched + bottomOnly, bottomRows);
@@ -281,6 +284,18 @@ bool TransformJoin::appendMatches(const JoinKeys &keys, int topRows, Pairs *pair
         for (const qint32 match : keys.matchesOf(row)) {
             pairs->append(row, match);
         }
+    }
+    return true;
+}
+
+bool TransformJoin::copyKeys(const KeyCells &keys, int first, int last, Dataset *output)
+{
+    for (int row = first; row < last; ++row) {
+        if ((row - first) % progressInterval == 0 && !report(0.9)) {
+            return false;
+        }
+        const RowIndex source(keys.rows[size_t(row)]);
+        output->setCell(RowIndex(row), keys.to, keys.table.cell(source, keys.from));
     }
     return true;
 }

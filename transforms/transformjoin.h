@@ -21,10 +21,12 @@ public:
 private:
     struct Settings;
     struct Pairs;
+    struct KeyCells;
     bool readSettings(const QList<Dataset> &inputs, Settings *settings) const;
     Dataset joinedByRow(const Dataset &top, const Dataset &bottom, const Settings &settings);
     Dataset joinedByKey(const Dataset &top, const Dataset &bottom, const Settings &settings);
     bool appendMatches(const JoinKeys &keys, int topRows, Pairs *pairs);
+    bool copyKeys(const KeyCells &keys, int first, int last, Dataset *output);
     bool canHold(qint64 rowCount);
     Dataset sideBySide(const Dataset &top, const Dataset &bottom, Pairs pairs) const;
     void tellCounts(qint64 joined, qint64 usedTop, qint64 allTop, qint64 usedBottom,

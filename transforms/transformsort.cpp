@@ -257,7 +257,7 @@ Dataset TransformSort::execute(const QList<Dataset> &inputs)
         setStatus(Texts::noChanges());
         return output;
     }
-    const Dataset output = sorted(input, settings);
+    Dataset output = sorted(input, settings);
     if (!isStopped()) {
         setStatus(output == input ? Texts::noChanges() : tr("Sorted"));
     }

@@ -279,7 +279,7 @@ void TestTransformSort::agreesWithPairs_data()
             QTest::addRow("%s %d", qPrintable(kinds), flags) << kinds << rules << 400;
         }
     }
-    QTest::newRow("several runs") << text("nnne") << SortRules() << 200000;
+    QTest::newRow("several runs") << text("nnne") << SortRules() << 140000;
 }
 
 void TestTransformSort::agreesWithPairs()
