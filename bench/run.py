@@ -117,7 +117,10 @@ def load(path):
     csv.field_size_limit(1 << 30)
     with open(path, encoding="utf-8-sig", newline="") as f:
         rows = csv.reader(f)
-        return next(rows), [r for r in rows if r]
+        head = next(rows)
+        # A join may keep the key columns of both sides under one name.
+        first = [i for i, name in enumerate(head) if name not in head[:i]]
+        return [head[i] for i in first], [[r[i] for i in first] for r in rows if r]
 
 
 def canonical(cell):
