@@ -77,6 +77,63 @@ bool sameValues(const TableColumn &a, const TableColumn &b, int rows)
     return true;
 }
 
+/// Appends the rows of columns to one column. Where pools differ, each code is translated once.
+class ColumnStacker
+{
+public:
+    /// Without a source the rows are empty. `goOn` is asked before every row.
+    bool append(const TableColumn *source, int rowCount, const std::function<bool(int row)> &goOn)
+    {
+        const int rowsBefore = m_rows;
+        m_rows += rowCount;
+        if (!source || !source->pool || rowCount == 0) {
+            return true;
+        }
+        if (rowsBefore == 0) {
+            m_column = *source;
+            m_column.writableCodes(rowCount);
+            return true;
+        }
+        ColumnCodes *const codes = m_column.writableCodes(rowsBefore);
+        codes->detachLast();
+        codes->padTo(rowsBefore);
+        if (!m_column.pool) {
+            m_column.pool = source->pool;
+        }
+        return appendCodes(source->reader(), source->pool == m_column.pool, rowCount, codes, goOn);
+    }
+    TableColumn take() { return std::move(m_column); }
+
+private:
+    using Code = ValuePool::Code;
+
+    bool appendCodes(const ColumnReader &source, bool samePool, int rowCount, ColumnCodes *codes,
+                     const std::function<bool(int row)> &goOn)
+    {
+        constexpr Code unknown = std::numeric_limits<Code>::max();
+        std::vector<Code> known(samePool ? 0 : source.codeCount(), unknown);
+        for (int row = 0; row < rowCount; ++row) {
+            if (!goOn(row)) {
+                return false;
+            }
+            const Code code = source.code(row);
+            if (samePool || code == ValuePool::emptyCode) {
+                codes->append(code);
+                continue;
+            }
+            Code &translated = known[code];
+            if (translated == unknown) {
+                translated = m_column.pool->add(source.utf8OfCode(code));
+            }
+            codes->append(translated);
+        }
+        return true;
+    }
+
+    TableColumn m_column;
+    int m_rows = 0;
+};
+
 } // namespace
 
 Dataset::Dataset()
@@ -286,6 +343,36 @@ Dataset Dataset::sideBySide(const Dataset &left, const Dataset &right)
     result.d->hasHeader = left.hasHeader() || right.hasHeader();
     result.d->header =
         result.d->hasHeader ? left.columnNames() + right.columnNames() : QStringList();
+    return result;
+}
+
+Dataset Dataset::stacked(const std::vector<StackedTable> &tables, int columnCount,
+                         const Progress &progress)
+{
+    Dataset result;
+    double cellCount = 1;
+    for (const StackedTable &each : tables) {
+        result.d->rows += each.table.rowCount();
+        cellCount += double(each.table.rowCount()) * columnCount;
+    }
+    double cellsDone = 0;
+    for (int i = 0; i < columnCount; ++i) {
+        ColumnStacker stacker;
+        for (const StackedTable &each : tables) {
+            const ColIndex column = each.columns[size_t(i)];
+            const auto goOn = [&](int row) {
+                return row % progressInterval != 0 ||
+                       reportProgress(progress, (cellsDone + row) / cellCount);
+            };
+            if (!stacker.append(column.isValid() ? &each.table.d->columns[size_t(column.value())]
+                                                 : nullptr,
+                                each.table.rowCount(), goOn)) {
+                return {};
+            }
+            cellsDone += each.table.rowCount();
+        }
+        result.d->columns.push_back(stacker.take());
+    }
     return result;
 }
 

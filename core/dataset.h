@@ -1,6 +1,7 @@
 #pragma once
 
 #include "indices.h"
+#include "progress.h"
 #include "valuepool.h"
 
 #include <QSharedDataPointer>
@@ -13,6 +14,7 @@
 
 class ColumnReader;
 class TableBuilder;
+struct StackedTable;
 
 /// Row numbers of a source table, one for each row of a result; -1 stands for a row of empty cells.
 using RowSelection = std::vector<qint32>;
@@ -87,6 +89,11 @@ public:
     /// The first table's columns, then the second's, both of the same row count. Shares all cells;
     /// there is a header when either has one.
     static Dataset sideBySide(const Dataset &left, const Dataset &right);
+    /// The rows of the tables one under another, without a header. Shares the cells of the first
+    /// table; the values of the others are taken over once for each of their codes. Together the
+    /// tables must not have more rows than an int can count. Nothing when the user asked to stop.
+    static Dataset stacked(const std::vector<StackedTable> &tables, int columnCount,
+                           const Progress &progress = {});
     /// Adds an empty column at the right end and answers its number. An empty name in a table with
     /// a header becomes "Column %1".
     ColIndex appendColumn(const QString &name);
@@ -109,6 +116,14 @@ private:
     friend class TableBuilder;
     struct Data;
     QSharedDataPointer<Data> d;
+};
+
+/// A table to be put under others, and for each column of the result the table's own column that
+/// goes there; an invalid one stands for empty cells.
+struct StackedTable
+{
+    Dataset table;
+    std::vector<ColIndex> columns;
 };
 
 /// Reads one column of a table by row number: codes (equal codes of a column are equal values, so

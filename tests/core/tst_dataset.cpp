@@ -77,6 +77,44 @@ private Q_SLOTS:
         QCOMPARE(dataset.columnName(ColIndex(1)), QStringLiteral("Column 2"));
     }
 
+    void stacksRowsOfSeveralTables_data()
+    {
+        QTest::addColumn<bool>("pooled");
+        QTest::newRow("pooled") << true;
+        QTest::newRow("unpooled") << false;
+    }
+    void stacksRowsOfSeveralTables()
+    {
+        QFETCH(bool, pooled);
+        ValuePool::setPoolingEnabled(pooled);
+        const Dataset first = tableOf({{"a", "1"}, {"b", "2"}, {"a", ""}});
+        const Dataset second = tableOf({{"b", "x"}, {"c", "y"}});
+        const Dataset firstBefore = first;
+        // Taken rows and a table that has the first one's pools.
+        const Dataset third = first.selectRows({1, -1, 0});
+        const ColIndex none;
+        const std::vector<StackedTable> tables = {{first, {ColIndex(0), none, ColIndex(1)}},
+                                                  {second, {ColIndex(0), ColIndex(1), none}},
+                                                  {Dataset(), {none, none, none}},
+                                                  {third, {ColIndex(1), ColIndex(0), none}}};
+        const Dataset result = Dataset::stacked(tables, 3);
+        QCOMPARE(rowsOf(result), (Rows{{"a", "", "1"},
+                                       {"b", "", "2"},
+                                       {"a", "", ""},
+                                       {"b", "x", ""},
+                                       {"c", "y", ""},
+                                       {"2", "b", ""},
+                                       {"", "", ""},
+                                       {"1", "a", ""}}));
+        QVERIFY(!result.hasHeader());
+        QCOMPARE(rowsOf(first), rowsOf(firstBefore));
+        QCOMPARE(rowsOf(first), (Rows{{"a", "1"}, {"b", "2"}, {"a", ""}}));
+        Dataset changed = result;
+        changed.setCell(RowIndex(0), ColIndex(0), "changed");
+        QCOMPARE(rowsOf(first)[0], (QStringList{"a", "1"}));
+        QVERIFY(!Dataset::stacked(tables, 3, [](double) { return false; }).hasColumns());
+    }
+
     void resizeFollowsRowsAndIgnoresZeroColumns()
     {
         Dataset dataset = tableOf({{"a", "b"}, {"c", "d"}, {"e", "f"}});
