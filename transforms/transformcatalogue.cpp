@@ -12,6 +12,7 @@
 #include "transformreplacemulti.h"
 #include "transformscale.h"
 #include "transformsort.h"
+#include "transformverify.h"
 #include "unbuilttransform.h"
 
 #include <algorithm>
@@ -35,6 +36,7 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     list.push_back(std::make_unique<TransformReplaceMulti>());
     list.push_back(std::make_unique<TransformScale>());
     list.push_back(std::make_unique<TransformSort>());
+    list.push_back(std::make_unique<TransformVerify>());
     for (const TransformFacts *const facts : UnbuiltTransform::allFacts()) {
         list.push_back(std::make_unique<UnbuiltTransform>(*facts));
     }

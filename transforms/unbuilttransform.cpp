@@ -304,12 +304,6 @@ constexpr TransformFacts unbuiltTypes[] = {
         .with(TransformFacts::Advanced | TransformFacts::EditsInPlace |
               TransformFacts::DependentParameters),
     TransformFacts(
-        68, "TransformVerify", "Verify", "Verify", Category::Other,
-        QT_TRANSLATE_NOOP("Transform", "Verify that values in the dataset are as expected."))
-        .words("validate check rules test schema quality")
-        .with(TransformFacts::Advanced | TransformFacts::Verification |
-              TransformFacts::DependentParameters),
-    TransformFacts(
         69, "TransformWhitespace", "Whitespace", "Whitespace", Category::Format,
         QT_TRANSLATE_NOOP(
             "Transform",
