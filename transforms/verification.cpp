@@ -1,5 +1,6 @@
 #include "verification.h"
 
+#include "codepoints.h"
 #include "messages.h"
 #include "numberreader.h"
 #include "regexreplacement.h"
@@ -16,6 +17,15 @@ namespace {
 QString translated(const char *text)
 {
     return QCoreApplication::translate("Verification", text);
+}
+
+/// A cell as messages show it: of a long one the beginning.
+QString shortened(std::string_view cell)
+{
+    constexpr int mostCharacters = 100;
+    const QString text = Utf8::decoded(cell.substr(0, 8 * mostCharacters));
+    const int end = CodePoints::placeOf(text, mostCharacters);
+    return end < text.size() ? text.left(end) + QChar(0x2026) : text;
 }
 
 /// What a cell is when it is put in order with its neighbour: as in comparisons with a constant.
@@ -163,7 +173,7 @@ bool Verification::checkCells(const VerifyRule &rule, VerifyCheck check, ColInde
             passes = verdict == Passes;
         }
         if (!passes) {
-            fail(row, name, cells.text(row));
+            fail(row, name, cells.utf8(row));
         }
     }
     if (test.regexFailures() > 0) {
@@ -186,7 +196,7 @@ bool Verification::checkUnique(ColIndex column)
     const ColumnReader cells = m_table.columnReader(column);
     for (int row = 0; row < m_table.rowCount(); ++row) {
         if (uses[numbers[size_t(row)]] > 1) {
-            fail(row, m_names[column.value()], cells.text(row));
+            fail(row, m_names[column.value()], cells.utf8(row));
         }
     }
     return true;
@@ -214,7 +224,7 @@ bool Verification::checkOrder(ColIndex column, bool ascending)
         OrderedCell current(cells.utf8(row), pattern, numbers);
         const int order = row == 0 ? 0 : current.compare(previous, sensitivity);
         if (ascending ? order < 0 : order > 0) {
-            fail(row, m_names[column.value()], current.text);
+            fail(row, m_names[column.value()], cells.utf8(row));
         }
         previous = std::move(current);
     }
@@ -231,7 +241,7 @@ bool Verification::checkConstant(ColIndex column)
     const ColumnReader cells = m_table.columnReader(column);
     for (int row = 1; row < m_table.rowCount(); ++row) {
         if (numbers[size_t(row)] != numbers.front()) {
-            fail(row, m_names[column.value()], cells.text(row));
+            fail(row, m_names[column.value()], cells.utf8(row));
         }
     }
     return true;
@@ -254,7 +264,7 @@ bool Verification::checkSame(ColIndex column, const QString &otherName)
     const ColumnReader cells = m_table.columnReader(column);
     for (int row = 0; row < m_table.rowCount(); ++row) {
         if (numbers[size_t(row)] != otherNumbers[size_t(row)]) {
-            fail(row, m_names[column.value()], cells.text(row));
+            fail(row, m_names[column.value()], cells.utf8(row));
         }
     }
     return true;
@@ -325,7 +335,7 @@ bool Verification::checkDuplicateRows()
     }
     for (int row = 0; row < m_table.rowCount(); ++row) {
         if (uses[groups[size_t(row)]] > 1) {
-            fail(row, QStringLiteral("-"), m_table.cell(RowIndex(row), ColIndex(0)));
+            fail(row, QStringLiteral("-"), m_table.utf8(RowIndex(row), ColIndex(0)));
         }
     }
     return true;
@@ -377,13 +387,13 @@ ColIndex Verification::columnNamed(const QString &name) const
     return ColIndex(m_names.indexOf(name));
 }
 
-void Verification::fail(int row, const QString &column, const QString &cell)
+void Verification::fail(int row, const QString &column, std::string_view cell)
 {
     ++m_failureCount;
     if (m_listed.size() < m_mostListed) {
         m_listed.append(
             translated(QT_TRANSLATE_NOOP("Verification", "Row %1, column '%2': '%3' fails '%4'."))
-                .arg(QString::number(qint64(row) + 1), column, cell, m_ruleText));
+                .arg(QString::number(qint64(row) + 1), column, shortened(cell), m_ruleText));
     }
     quint32 &state = m_stateOfRow[size_t(row)];
     if (m_lastRule[state] == m_rule) {

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -57,7 +58,7 @@ private:
 
     bool numberValues(ColIndex column, Numbering *numbering, ValueNumbers *numbers);
     ColIndex columnNamed(const QString &name) const;
-    void fail(int row, const QString &column, const QString &cell);
+    void fail(int row, const QString &column, std::string_view cell);
     void failGenerally(const QString &column, const QString &value);
     bool report(int row);
 

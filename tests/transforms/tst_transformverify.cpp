@@ -196,6 +196,9 @@ void TestTransformVerify::checksTables_data()
            {t("Row -, column 'B': 'Z' fails 'Same as column Z'.")});
     addRow("unknown rule", {t("B"), 99, {}}, "a",
            {t("Row -, column 'B': '' fails 'Unknown rule 99'.")});
+    addRow("long cell", {t("B"), 2, {}}, qPrintable(t("a|") + QString(5000, QLatin1Char('x'))),
+           {t("Row 1, column 'B': '%1' fails 'Is a number'.")
+                .arg(QString(100, QLatin1Char('x')) + QChar(0x2026))});
     addRow("row failure", {t("B"), 2, {}}, "a|1;b|x",
            {t("Row 2, column 'B': 'x' fails 'Is a number'.")});
 }
