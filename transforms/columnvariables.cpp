@@ -72,6 +72,8 @@ ColumnTemplate::ColumnTemplate(const QString &text, const Dataset &table)
             m_variables.push_back(
                 {text.mid(done, at - done), table.columnReader(ColIndex(column))});
             done = end;
+        } else {
+            addUnknown(text, at + opening.size());
         }
         at = text.indexOf(opening, column >= 0 ? end : at + opening.size());
     }
@@ -87,6 +89,37 @@ QString ColumnTemplate::expanded(int row) const
     }
     result += m_textAfter;
     return result;
+}
+
+QString ColumnTemplate::expanded(int row,
+                                 const std::function<QString(const QString &)> &changed) const
+{
+    QString result;
+    for (const Variable &variable : m_variables) {
+        result += variable.textBefore;
+        result += changed(variable.column.text(row));
+    }
+    result += m_textAfter;
+    return result;
+}
+
+bool ColumnTemplate::hasEmptyValue(int row) const
+{
+    return std::any_of(m_variables.begin(), m_variables.end(), [row](const Variable &variable) {
+        return variable.column.utf8(row).empty();
+    });
+}
+
+void ColumnTemplate::addUnknown(const QString &text, int from)
+{
+    const int end = text.indexOf(QLatin1Char(')'), from);
+    if (end < 0) {
+        return;
+    }
+    const QString inside = text.mid(from, end - from);
+    if (!m_unknown.contains(inside)) {
+        m_unknown.append(inside);
+    }
 }
 
 QString ColumnTemplate::variable(ColIndex column)

@@ -3,6 +3,8 @@
 #include "dataset.h"
 
 #include <QString>
+#include <QStringList>
+#include <functional>
 #include <vector>
 
 /// A text with column variables, compiled for one table: `$(2)` stands for the value of the second
@@ -16,6 +18,12 @@ public:
 
     bool hasVariables() const { return !m_variables.empty(); }
     QString expanded(int row) const;
+    /// The same with every value changed before it is put in.
+    QString expanded(int row, const std::function<QString(const QString &)> &changed) const;
+    /// True when a value to be put in is empty.
+    bool hasEmptyValue(int row) const;
+    /// What stands in brackets where no column is named, each once.
+    QStringList unknownVariables() const { return m_unknown; }
 
     /// The form written for a column: "$(%1)" with its number, counted from 1.
     static QString variable(ColIndex column);
@@ -27,6 +35,9 @@ private:
         ColumnReader column;
     };
 
+    void addUnknown(const QString &text, int from);
+
     std::vector<Variable> m_variables;
     QString m_textAfter;
+    QStringList m_unknown;
 };

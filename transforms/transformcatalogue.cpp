@@ -2,6 +2,7 @@
 
 #include "transformcalculate.h"
 #include "transformcase.h"
+#include "transformdedupe.h"
 #include "transformfilter.h"
 #include "transformif.h"
 #include "transformjoin.h"
@@ -12,6 +13,9 @@
 #include "transformreplacemulti.h"
 #include "transformscale.h"
 #include "transformsort.h"
+#include "transformstack.h"
+#include "transformsubstitute.h"
+#include "transformunique.h"
 #include "transformverify.h"
 #include "unbuilttransform.h"
 
@@ -26,6 +30,7 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     std::vector<std::unique_ptr<Transform>> list;
     list.push_back(std::make_unique<TransformCalculate>());
     list.push_back(std::make_unique<TransformCase>());
+    list.push_back(std::make_unique<TransformDedupe>());
     list.push_back(std::make_unique<TransformFilter>());
     list.push_back(std::make_unique<TransformIf>());
     list.push_back(std::make_unique<TransformJoin>());
@@ -36,6 +41,9 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     list.push_back(std::make_unique<TransformReplaceMulti>());
     list.push_back(std::make_unique<TransformScale>());
     list.push_back(std::make_unique<TransformSort>());
+    list.push_back(std::make_unique<TransformStack>());
+    list.push_back(std::make_unique<TransformSubstitute>());
+    list.push_back(std::make_unique<TransformUnique>());
     list.push_back(std::make_unique<TransformVerify>());
     for (const TransformFacts *const facts : UnbuiltTransform::allFacts()) {
         list.push_back(std::make_unique<UnbuiltTransform>(*facts));

@@ -78,19 +78,6 @@ constexpr TransformFacts unbuiltTypes[] = {
             "Convert to/from Base64 encoding, URL encoding, escaped HTML or escaped XML."))
         .words("encode base64 url html xml escape")
         .with(TransformFacts::Advanced | TransformFacts::EditsInPlace),
-    TransformFacts(
-        14, "TransformDedupe", "Dedupe", "Dedupe", Category::Row,
-        QT_TRANSLATE_NOOP("Transform",
-                          "Remove duplicate rows by matching values in all the selected columns."))
-        .words("duplicates distinct fuzzy")
-        .with(TransformFacts::HasDrillDown | TransformFacts::DependentParameters)
-        .role(ParameterRole::CaseSensitive, "Case_Sensitive")
-        .role(ParameterRole::CompareColumns, "Columns")
-        .role(ParameterRole::IgnoreWhitespace, "Ignore_Whitespace")
-        .role(ParameterRole::IgnorePunctuation, "Ignore_Punctuation")
-        .role(ParameterRole::IgnoreAccents, "Ignore_Accents")
-        .role(ParameterRole::Match, "Match")
-        .role(ParameterRole::Keep, "Keep"),
     TransformFacts(15, "TransformExtract", "Extract", "Extract", Category::Format,
                    QT_TRANSLATE_NOOP("Transform", "Extract text in the selected column(s)."))
         .words("regex substring left right mid between number email")
@@ -241,14 +228,6 @@ constexpr TransformFacts unbuiltTypes[] = {
                           "Spread the selected key and value columns into multiple columns."))
         .words("pivot widen dcast")
         .with(TransformFacts::Advanced),
-    TransformFacts(56, "TransformStack", "Stack", "Stack", Category::Merge,
-                   QT_TRANSLATE_NOOP("Transform",
-                                     "Merge input datasets one on top of another. Orders by the "
-                                     "vertical positions of the input datasets."))
-        .inputs(1, TransformFacts::noLimit)
-        .words("append union concatenate")
-        .with(TransformFacts::DependentParameters)
-        .inputOrder(topToBottom),
     TransformFacts(
         57, "TransformStamp", "Stamp", "Stamp", Category::Other,
         QT_TRANSLATE_NOOP("Transform",
@@ -260,10 +239,6 @@ constexpr TransformFacts unbuiltTypes[] = {
         QT_TRANSLATE_NOOP("Transform", "Calculate statistics from the selected column(s)."))
         .words("mean median deviation quartile")
         .with(TransformFacts::Advanced | TransformFacts::DependentParameters),
-    TransformFacts(59, "TransformSubstitute", "Substitute", "Substitute", Category::Other,
-                   QT_TRANSLATE_NOOP("Transform", "Substitute column values into text."))
-        .words("template variables text")
-        .with(TransformFacts::Advanced),
     TransformFacts(
         60, "TransformSubtract", "Subtract", "Subtract", Category::Merge,
         QT_TRANSLATE_NOOP(
@@ -293,11 +268,6 @@ constexpr TransformFacts unbuiltTypes[] = {
                           "Set adjacent cells with identical values to empty in selected columns."))
         .words("blank repeated")
         .with(TransformFacts::Advanced | TransformFacts::EditsInPlace),
-    TransformFacts(
-        66, "TransformUnique", "Unique", "Unique", Category::Row,
-        QT_TRANSLATE_NOOP("Transform", "Aggregate rows with unique values in selected column(s)."))
-        .words("group aggregate distinct")
-        .with(TransformFacts::Advanced | TransformFacts::HasDrillDown),
     TransformFacts(67, "TransformUnits", "Units", "Units", Category::Other,
                    QT_TRANSLATE_NOOP("Transform", "Change units of time, length, temperature etc."))
         .words("convert metric imperial")
