@@ -50,8 +50,8 @@ QString ValuePool::text(Code code) const
     if (!m_lookups || !poolingEnabled) {
         return Utf8::decoded(utf8(code));
     }
-    const int block = blockOf(code);
-    std::unique_ptr<QString[]> &texts = m_texts[size_t(block)];
+    const uint block = blockOf(code);
+    std::unique_ptr<QString[]> &texts = m_texts[block];
     if (!texts) {
         texts = std::make_unique<QString[]>(firstBlockSize << block);
     }
@@ -95,8 +95,8 @@ ValuePool::Code ValuePool::store(std::string_view utf8)
     }
 
     const Code code = m_count;
-    const int block = blockOf(code);
-    std::unique_ptr<Slot[]> &slots = m_blocks[size_t(block)];
+    const uint block = blockOf(code);
+    std::unique_ptr<Slot[]> &slots = m_blocks[block];
     if (!slots) {
         slots = std::unique_ptr<Slot[]>(new Slot[firstBlockSize << block]);
         m_memory += sizeof(Slot) * (firstBlockSize << block);

@@ -34,6 +34,7 @@ public:
     std::string_view utf8(Code code) const
     {
         const Slot value = slot(code);
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): address and length share a word
         const char *const bytes = reinterpret_cast<const char *>(value & addressMask);
         quint64 length = value >> 48;
         if (Q_UNLIKELY(length == longLength)) {
@@ -76,15 +77,15 @@ private:
     // Block k holds 16 << k slots, so small columns stay small and no slot ever moves.
     static constexpr quint32 firstBlockSize = 16;
     static constexpr int blockCount = 29;
-    static int blockOf(Code code)
+    static uint blockOf(Code code)
     {
-        return 31 - int(qCountLeadingZeroBits(code / firstBlockSize + 1));
+        return 31U - qCountLeadingZeroBits(code / firstBlockSize + 1);
     }
-    static Code blockStart(int block) { return firstBlockSize * ((Code(1) << block) - 1); }
+    static Code blockStart(uint block) { return firstBlockSize * ((Code(1) << block) - 1); }
     const Slot &slot(Code code) const
     {
-        const int block = blockOf(code);
-        return m_blocks[size_t(block)][code - blockStart(block)];
+        const uint block = blockOf(code);
+        return m_blocks[block][code - blockStart(block)];
     }
     Code store(std::string_view utf8);
     Code lookUp(std::string_view utf8, quint32 hash) const;
