@@ -54,7 +54,10 @@ private:
         } else if (name == QLatin1String("build")) {
             m_parsed.build = true;
         } else if (name == QLatin1String("log")) {
-            m_parsed.logPath = valueOf(name);
+            const QString path = valueOf(name);
+            if (m_parsed.error.isEmpty()) {
+                m_parsed.logPath = path;
+            }
         } else if (name == QLatin1String("file")) {
             m_parsed.files.append(valueOf(name));
         } else {

@@ -53,7 +53,8 @@ ConsoleInterface::~ConsoleInterface()
 
 bool ConsoleInterface::openLogFile(const QString &path)
 {
-    if (QFileInfo(path).suffix().compare(QLatin1String("transform"), Qt::CaseInsensitive) == 0) {
+    if (path.isEmpty() ||
+        QFileInfo(path).suffix().compare(QLatin1String("transform"), Qt::CaseInsensitive) == 0) {
         return false;
     }
     m_logFile.setFileName(path);

@@ -142,6 +142,7 @@ void ArgumentsTest::everythingLeftOfAFaultIsKept()
                                               QStringLiteral("-version")});
     QCOMPARE(described(read), QStringLiteral("cli log=run.log"));
     QVERIFY(!read.error.isEmpty());
+    QVERIFY(!Arguments::parsed({QStringLiteral("-log")}).logPath);
 }
 
 TW_TEST_CLASS(ArgumentsTest)
