@@ -286,7 +286,7 @@ void writeMultiFile(const OutputOptions &options, const Dataset &dataset,
                     const OutputContext &context, Messages *messages, const Progress &progress)
 {
     if (options.multiFileColumn.isEmpty()) {
-        messages->fail(translated(
+        messages->warn(translated(
             QT_TRANSLATE_NOOP("MultiFileOutput", "No column set for 'Files column'.\n")));
         return;
     }

@@ -75,7 +75,7 @@ bool OutputFile::isAllowed(const QString &path)
         return false;
     }
     if (isBlockedExtension(path, m_context)) {
-        m_messages->fail(
+        m_messages->warn(
             translated(QT_TRANSLATE_NOOP("OutputFile", "The extension for this file is blocked in "
                                                        "'Preferences>Output Extensions':\n%1"))
                 .arg(path));

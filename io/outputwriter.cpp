@@ -55,7 +55,7 @@ void writeSingleFile(const OutputOptions &options, const Dataset &dataset,
     }
     const QString path = resolvedPath(options.path, context.documentFolder);
     if (path.isEmpty()) {
-        messages->fail(translated(QT_TRANSLATE_NOOP(
+        messages->warn(translated(QT_TRANSLATE_NOOP(
                                       "OutputWriter",
                                       "Relative file path for '%1', but .transform not saved for "
                                       "it to be relative to."))
