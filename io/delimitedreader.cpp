@@ -4,6 +4,7 @@
 #include "inputreader.h"
 #include "rowcollector.h"
 #include "textdecoder.h"
+#include "textinput.h"
 #include "texts.h"
 #include "utf8.h"
 
@@ -56,21 +57,6 @@ DelimitedParser::Grammar chooseGrammar(const InputOptions &options, const QStrin
                                              : DelimitedParser::Grammar::Quoted;
 }
 
-void noteEncoding(const InputOptions &options, const TextSource &source, Messages *messages)
-{
-    if (options.medium == Medium::Clipboard) {
-        return;
-    }
-    if (TextSource::isAutomatic(options.encoding)) {
-        messages->note(DelimitedReader::tr(
-                           "Encoding=Automatic guesses '%1'. Set 'Encoding' option to change.\n")
-                           .arg(QLatin1String("UTF-8")));
-    } else if (!source.isEncodingKnown()) {
-        messages->warn(DelimitedReader::tr("Encoding '%1' is not known, '%2' is used.")
-                           .arg(options.encoding, source.encodingName()));
-    }
-}
-
 } // namespace
 
 DelimiterGuess guessDelimiter(const QString &start)
@@ -106,7 +92,7 @@ Dataset readDelimitedText(const InputOptions &options, const QString &path, Text
     parser.setGrammar(chooseGrammar(options, delimiter, messages), delimiter,
                       options.ignoreRepeatedDelimiter);
 
-    RowCollector collector(options, *source);
+    RowCollector collector(options, source);
     while (parser.next()) {
         const CutRow row = parser.row();
         collector.add(row.values, row.count, row.clean);
@@ -118,8 +104,7 @@ Dataset readDelimitedText(const InputOptions &options, const QString &path, Text
     case DelimitedParser::Ending::Stopped:
         break;
     case DelimitedParser::Ending::Failed:
-        messages->fail(
-            DelimitedReader::tr("Can't read file '%1': %2.").arg(path, source->errorText()));
+        messages->fail(unreadableText(path, source->errorText()));
         break;
     case DelimitedParser::Ending::TooBig:
         messages->fail(tooBigText(path));

@@ -1,8 +1,15 @@
 #include "inputreader.h"
 
 #include "delimitedreader.h"
+#include "fixedwidthreader.h"
 #include "inputoptions.h"
+#include "jsonreader.h"
+#include "plaintextreader.h"
+#include "schema.h"
+#include "spreadsheetinput.h"
 #include "textdecoder.h"
+#include "vcardreader.h"
+#include "xmlreader.h"
 
 #include <QCoreApplication>
 #include <new>
@@ -32,27 +39,48 @@ std::unique_ptr<TextSource> openSource(const InputOptions &options, const QStrin
     return source;
 }
 
-Dataset readTable(const InputOptions &options, const QString &path, const QString &name,
-                  Messages *messages, const Progress &progress)
+Dataset readText(const InputOptions &options, const QString &path, const QString &name,
+                 Messages *messages, const Progress &progress)
 {
-    if (!isReadAsDelimitedText(options.fileType)) {
-        messages->fail(InputReader::tr("Reading '%1' files is not built yet in this version.")
-                           .arg(fileTypeLabel(options.fileType)));
-        return {};
-    }
-    if (options.schemaInUse) {
-        messages->fail(InputReader::tr(
-            "Checking an input against a schema is not built yet in this version."));
-        return {};
-    }
     const std::unique_ptr<TextSource> source = openSource(options, path, messages);
     if (!source) {
         return {};
     }
-    return readDelimitedText(options, name, source.get(), messages, progress);
+    switch (options.fileType) {
+    case FileType::FixedWidth:
+        return readFixedWidth(options, name, source.get(), messages, progress);
+    case FileType::Json:
+        return readJson(options, name, source.get(), messages, progress);
+    case FileType::Xml:
+        return readXml(options, name, source.get(), messages, progress);
+    case FileType::VCard:
+        return readVCards(options, name, source.get(), messages, progress);
+    case FileType::PlainText:
+        return readPlainText(options, name, source.get(), messages, progress);
+    default:
+        return readDelimitedText(options, name, source.get(), messages, progress);
+    }
+}
+
+Dataset readTable(const InputOptions &options, const QString &path, const QString &name,
+                  Messages *messages, const Progress &progress)
+{
+    Dataset table = isSpreadsheet(options.fileType) && options.medium == Medium::File
+                        ? readSpreadsheet(options, path, messages, progress)
+                        : readText(options, path, name, messages, progress);
+    if (options.schemaInUse && !messages->failed && !applySchema(options, &table, messages)) {
+        return {};
+    }
+    return table;
 }
 
 } // namespace
+
+QString notBuiltText(FileType type)
+{
+    return InputReader::tr("Reading '%1' files is not built yet in this version.")
+        .arg(fileTypeLabel(type));
+}
 
 QString tooBigText(const QString &path)
 {

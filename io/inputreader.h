@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dataset.h"
+#include "filetypes.h"
 #include "messages.h"
 #include "progress.h"
 
@@ -18,3 +19,6 @@ Dataset readInput(const InputOptions &options, const QString &path, Messages *me
 
 /// Told when a file, or the text of the clipboard, does not fit into memory.
 QString tooBigText(const QString &path);
+
+/// Told for a type whose reader is to come.
+QString notBuiltText(FileType type);

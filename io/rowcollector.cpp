@@ -54,7 +54,7 @@ void appendSimplified(std::string_view value, std::string *out)
 
 } // namespace
 
-RowCollector::RowCollector(const InputOptions &options, const TextSource &source)
+RowCollector::RowCollector(const InputOptions &options, const TextSource *source)
     : m_source(source)
     , m_ignoredRows(options.ignoredRows)
     , m_trim(options.trim)
@@ -101,7 +101,7 @@ void RowCollector::mend(std::string_view *values, int count)
 {
     m_mended.clear();
     for (int i = 0; i < count; ++i) {
-        if (const std::optional<std::string> text = m_source.mended(values[i])) {
+        if (const std::optional<std::string> text = m_source->mended(values[i])) {
             const size_t from = m_mended.size();
             m_mended.text()->append(*text);
             m_mended.end(i, from);
@@ -154,6 +154,12 @@ Dataset RowCollector::finish(Messages *messages)
     return m_ignoreEmptyColumns ? withoutEmptyColumns(dataset) : dataset;
 }
 
+Dataset RowCollector::finish(const QStringList &columnNames, Messages *messages)
+{
+    m_header = columnNames;
+    return finish(messages);
+}
+
 void RowCollector::noteRows(Messages *messages) const
 {
     if (m_emptyRows > 0) {
@@ -162,10 +168,10 @@ void RowCollector::noteRows(Messages *messages) const
     if (m_mendedValues > 0) {
         messages->warn(tr("%1 value(s) contain bytes that are not valid %2; they were "
                           "replaced by '%3'.")
-                           .arg(Texts::count(m_mendedValues), m_source.encodingName(),
+                           .arg(Texts::count(m_mendedValues), m_source->encodingName(),
                                 QString(QChar(QChar::ReplacementCharacter))));
     }
-    if (m_lengths.size() < 2) {
+    if (!m_lengthsMatter || m_lengths.size() < 2) {
         return;
     }
     messages->warn(tr("Number of values per row vary:"));

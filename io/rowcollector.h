@@ -21,12 +21,20 @@ class RowCollector
     Q_DECLARE_TR_FUNCTIONS(RowCollector)
 
 public:
-    RowCollector(const InputOptions &options, const TextSource &source);
+    /// `source` mends the values that are not clean; without one all must be.
+    RowCollector(const InputOptions &options, const TextSource *source);
+
+    /// For formats whose records need not be equally long: nothing is told of their lengths.
+    void setLengthsMatter(bool matter) { m_lengthsMatter = matter; }
+    /// For formats that name their columns: no row is taken as the header.
+    void setHeaderInRows(bool inRows) { m_wantsHeader = m_wantsHeader && inRows; }
 
     /// Takes a row. With `clean` no value needs mending. The values may be changed.
     void add(std::string_view *values, int count, bool clean);
     /// The table of all rows, with the notes on them.
     Dataset finish(Messages *messages);
+    /// The same for a format that names its columns.
+    Dataset finish(const QStringList &columnNames, Messages *messages);
 
 private:
     struct LengthCount
@@ -41,13 +49,14 @@ private:
     void countLength(int length);
     void noteRows(Messages *messages) const;
 
-    const TextSource &m_source;
+    const TextSource *m_source;
     qint64 m_ignoredRows;
     bool m_trim;
     bool m_simplify;
     bool m_ignoreEmptyRows;
     bool m_ignoreEmptyColumns;
     bool m_wantsHeader;
+    bool m_lengthsMatter = true;
 
     TableBuilder m_builder;
     std::optional<QStringList> m_header;

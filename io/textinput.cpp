@@ -1,0 +1,75 @@
+#include "textinput.h"
+
+#include "inputoptions.h"
+#include "textdecoder.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+constexpr size_t blockSize = size_t(1) << 18;
+
+struct TextInput
+{
+    Q_DECLARE_TR_FUNCTIONS(TextInput)
+};
+
+} // namespace
+
+void noteEncoding(const InputOptions &options, const TextSource &source, Messages *messages)
+{
+    if (options.medium == Medium::Clipboard) {
+        return;
+    }
+    if (TextSource::isAutomatic(options.encoding)) {
+        messages->note(
+            TextInput::tr("Encoding=Automatic guesses '%1'. Set 'Encoding' option to change.\n")
+                .arg(QLatin1String("UTF-8")));
+    } else if (!source.isEncodingKnown()) {
+        messages->warn(TextInput::tr("Encoding '%1' is not known, '%2' is used.")
+                           .arg(options.encoding, source.encodingName()));
+    }
+}
+
+std::optional<std::string> readWholeText(const QString &path, TextSource *source,
+                                         Messages *messages, const Progress &progress, double share)
+{
+    std::string text;
+    bool clean = true;
+    size_t size = 0;
+    for (;;) {
+        // Doubling what is there; the rest is given back at the end.
+        if (text.size() < size + blockSize) {
+            text.resize(std::max(2 * text.size(), size + blockSize));
+        }
+        const qint64 bytes = source->read(&text[size], qint64(blockSize));
+        if (bytes < 0) {
+            messages->fail(unreadableText(path, source->errorText()));
+            return std::nullopt;
+        }
+        if (bytes == 0) {
+            break;
+        }
+        clean = clean && source->isClean();
+        size += size_t(bytes);
+        if (!reportProgress(progress, source->fraction() * share)) {
+            return std::nullopt;
+        }
+    }
+    text.resize(size);
+    if (!clean) {
+        if (std::optional<std::string> mended = source->mended(text)) {
+            messages->warn(
+                TextInput::tr("The text contains bytes that are not valid %1; they were "
+                              "replaced by '%2'.")
+                    .arg(source->encodingName(), QString(QChar(QChar::ReplacementCharacter))));
+            return mended;
+        }
+    }
+    return text;
+}
+
+QString unreadableText(const QString &path, const QString &reason)
+{
+    return TextInput::tr("Can't read file '%1': %2.").arg(path, reason);
+}
