@@ -418,20 +418,11 @@ void TestDelimitedReader::failsWithAClearText_data()
     QTest::addColumn<InputOptions>("options");
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("text");
-    const auto type = [](FileType fileType) {
-        return with([fileType](InputOptions &o) { o.fileType = fileType; });
-    };
     QTest::newRow("no path") << plain() << QString() << QStringLiteral("No input file is set.");
     QTest::newRow("missing") << plain() << QStringLiteral("none.csv")
                              << QStringLiteral("Can't open file '%1': ");
     QTest::newRow("folder") << plain() << QStringLiteral(".")
                             << QStringLiteral("Can't open file '%1': ");
-    QTest::newRow("JSON") << type(FileType::Json) << QStringLiteral("none.json")
-                          << QStringLiteral("Reading 'JSON' files is not built yet");
-    QTest::newRow("XLSX") << type(FileType::ExcelXlsx) << QStringLiteral("none.xlsx")
-                          << QStringLiteral("Reading 'Excel XLSX' files is not built yet");
-    QTest::newRow("schema") << with([](InputOptions &o) { o.schemaInUse = true; })
-                            << QStringLiteral("none.csv") << QStringLiteral("schema");
 }
 
 void TestDelimitedReader::failsWithAClearText()
