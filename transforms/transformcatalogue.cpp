@@ -13,6 +13,7 @@
 #include "transformreplacemulti.h"
 #include "transformscale.h"
 #include "transformsort.h"
+#include "transformsplitrows.h"
 #include "transformstack.h"
 #include "transformsubstitute.h"
 #include "transformunique.h"
@@ -41,6 +42,7 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     list.push_back(std::make_unique<TransformReplaceMulti>());
     list.push_back(std::make_unique<TransformScale>());
     list.push_back(std::make_unique<TransformSort>());
+    list.push_back(std::make_unique<TransformSplitRows>());
     list.push_back(std::make_unique<TransformStack>());
     list.push_back(std::make_unique<TransformSubstitute>());
     list.push_back(std::make_unique<TransformUnique>());

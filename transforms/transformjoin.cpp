@@ -2,14 +2,12 @@
 
 #include "distinctvalues.h"
 #include "joinkeys.h"
-#include "memoryceiling.h"
+#include "rowlimit.h"
 #include "texts.h"
 #include "transformfacts.h"
 #include "transformoption.h"
 
-#include <QLocale>
 #include <algorithm>
-#include <limits>
 #include <numeric>
 
 namespace {
@@ -303,29 +301,13 @@ bool TransformJoin::copyKeys(const KeyCells &keys, int first, int last, Dataset 
 /// Fails when the result has too many rows, before anything is made of it.
 bool TransformJoin::canHold(qint64 rowCount)
 {
-    constexpr qint64 mostRows = std::numeric_limits<qint32>::max();
-    constexpr qint64 alwaysHeld = 1000000;
     // Two row numbers, and those of selections that the inputs are themselves.
     constexpr double bytesPerRow = 16;
-    constexpr double bytesPerGb = 1024.0 * 1024.0 * 1024.0;
-    if (rowCount > mostRows) {
-        messages().fail(tr("The join would give %1 rows, more than the %2 that a table can hold. "
-                           "Do the keys repeat in both datasets?")
-                            .arg(Texts::count(rowCount), Texts::count(mostRows)));
-        return false;
+    const QString problem = rowLimitProblem(rowCount, bytesPerRow);
+    if (!problem.isEmpty()) {
+        messages().fail(tr("%1 Do the keys repeat in both datasets?").arg(problem));
     }
-    const double needed = double(rowCount) * bytesPerRow / bytesPerGb;
-    const double used = MemoryCeiling::memoryInUseNowGb();
-    const double limit = MemoryCeiling::limitGb();
-    if (rowCount > alwaysHeld && used + needed > limit) {
-        const QLocale locale;
-        messages().fail(tr("The join would give %1 rows, for which about %2 GB of memory are "
-                           "needed. %3 GB of at most %4 GB are in use.")
-                            .arg(Texts::count(rowCount), locale.toString(needed, 'f', 2),
-                                 locale.toString(used, 'f', 2), locale.toString(limit, 'f', 2)));
-        return false;
-    }
-    return true;
+    return problem.isEmpty();
 }
 
 Dataset TransformJoin::sideBySide(const Dataset &top, const Dataset &bottom, Pairs pairs) const

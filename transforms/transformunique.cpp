@@ -1,5 +1,6 @@
 #include "transformunique.h"
 
+#include "delimitertext.h"
 #include "distinctvalues.h"
 #include "newcolumns.h"
 #include "numbertext.h"
@@ -62,25 +63,6 @@ const Options &options()
     return theOptions;
 }
 
-/// A typed delimiter with its escapes replaced.
-QString delimiterOf(const QString &typed)
-{
-    QString result;
-    for (int i = 0; i < typed.size(); ++i) {
-        const QString escapes = QStringLiteral("tnr\\");
-        const int escape = typed[i] == QLatin1Char('\\') && i + 1 < typed.size()
-                               ? escapes.indexOf(typed[i + 1])
-                               : -1;
-        if (escape < 0) {
-            result += typed[i];
-        } else {
-            result += QStringLiteral("\t\n\r\\").at(escape);
-            ++i;
-        }
-    }
-    return result;
-}
-
 constexpr TransformFacts uniqueFacts =
     TransformFacts(
         66, "TransformUnique", "Unique", "Unique", TransformCategory::Row,
@@ -140,7 +122,7 @@ bool TransformUnique::readSettings(const Dataset &input, Settings *settings) con
         !options().addCount.read(*this, &settings->addCount)) {
         return false;
     }
-    settings->delimiter = delimiterOf(settings->delimiter);
+    settings->delimiter = delimiterFromText(settings->delimiter);
     settings->operations.assign(size_t(input.columnCount().value()), UniqueOperation::First);
     for (const UniqueAction &each : std::as_const(actions)) {
         if (each.column.isBound() && each.column.number < input.columnCount().value()) {

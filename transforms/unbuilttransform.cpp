@@ -218,10 +218,6 @@ constexpr TransformFacts unbuiltTypes[] = {
                    QT_TRANSLATE_NOOP("Transform", "Split a column into multiple new columns."))
         .words("delimiter separate parse text to columns")
         .with(TransformFacts::DependentParameters),
-    TransformFacts(54, "TransformSplitRows", "Split Rows", "Split_Rows", Category::Row,
-                   QT_TRANSLATE_NOOP("Transform", "Split each row into multiple rows."))
-        .words("explode unpivot repeat")
-        .with(TransformFacts::Advanced | TransformFacts::DateFormats),
     TransformFacts(
         55, "TransformSpread", "Spread", "Spread", Category::Column,
         QT_TRANSLATE_NOOP("Transform",

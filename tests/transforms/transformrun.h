@@ -51,5 +51,29 @@ inline QList<QStringList> rowsOf(const char *utf8)
     return rows;
 }
 
+/// "A|B:1|2;3|4" as a table; without ":" there is no header.
+inline Dataset parsed(const QString &text)
+{
+    const int colon = text.indexOf(QLatin1Char(':'));
+    const QStringList names = colon > 0 ? text.left(colon).split(QLatin1Char('|')) : QStringList();
+    return table(names, rowsOf(text.mid(colon + 1).toUtf8().constData()));
+}
+
+inline QString written(const Dataset &dataset)
+{
+    QStringList rows;
+    for (int row = 0; row < dataset.rowCount(); ++row) {
+        QStringList values;
+        for (ColIndex column(0); column < dataset.columnCount(); ++column) {
+            values.append(dataset.cell(RowIndex(row), column));
+        }
+        rows.append(values.join(QLatin1Char('|')));
+    }
+    const QString body = rows.join(QLatin1Char(';'));
+    return dataset.hasHeader()
+               ? QStringLiteral("%1:%2").arg(dataset.header().join(QLatin1Char('|')), body)
+               : body;
+}
+
 Q_DECLARE_METATYPE(Dataset)
 Q_DECLARE_METATYPE(OptionTexts)

@@ -16,34 +16,6 @@ private Q_SLOTS:
     void stops();
 };
 
-namespace {
-
-/// "A|B:1|2;3|4"; without ":" there is no header.
-Dataset parsed(const QString &text)
-{
-    const int colon = text.indexOf(QLatin1Char(':'));
-    const QStringList names = colon > 0 ? text.left(colon).split(QLatin1Char('|')) : QStringList();
-    return table(names, rowsOf(text.mid(colon + 1).toUtf8().constData()));
-}
-
-QString written(const Dataset &dataset)
-{
-    QStringList rows;
-    for (int row = 0; row < dataset.rowCount(); ++row) {
-        QStringList values;
-        for (ColIndex column(0); column < dataset.columnCount(); ++column) {
-            values.append(dataset.cell(RowIndex(row), column));
-        }
-        rows.append(values.join(QLatin1Char('|')));
-    }
-    const QString body = rows.join(QLatin1Char(';'));
-    return dataset.hasHeader()
-               ? QStringLiteral("%1:%2").arg(dataset.header().join(QLatin1Char('|')), body)
-               : body;
-}
-
-} // namespace
-
 void TestTransformStack::stacks_data()
 {
     QTest::addColumn<OptionTexts>("options");

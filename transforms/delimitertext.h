@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+
+/// A delimiter as typed, with \t, \n, \r and \\ replaced by what they stand for.
+QString delimiterFromText(const QString &typed);
