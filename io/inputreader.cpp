@@ -28,7 +28,7 @@ std::unique_ptr<TextSource> openSource(const InputOptions &options, const QStrin
         return TextSource::fromText(options.text);
     }
     if (path.isEmpty()) {
-        messages->fail(InputReader::tr("No input file is set."));
+        messages->fail(noInputFileText());
         return nullptr;
     }
     QString error;
@@ -80,6 +80,11 @@ QString notBuiltText(FileType type)
 {
     return InputReader::tr("Reading '%1' files is not built yet in this version.")
         .arg(fileTypeLabel(type));
+}
+
+QString noInputFileText()
+{
+    return InputReader::tr("No input file is set.");
 }
 
 QString tooBigText(const QString &path)

@@ -20,5 +20,8 @@ Dataset readInput(const InputOptions &options, const QString &path, Messages *me
 /// Told when a file, or the text of the clipboard, does not fit into memory.
 QString tooBigText(const QString &path);
 
+/// Told when an input has no path.
+QString noInputFileText();
+
 /// Told for a type whose reader is to come.
 QString notBuiltText(FileType type);
