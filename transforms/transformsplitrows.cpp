@@ -330,6 +330,9 @@ bool TransformSplitRows::splitValues(const Settings &settings, const QList<ColIn
         return true;
     }
     const Dataset &input = split->table;
+    if (input.isEmpty()) {
+        return true; // a table of parts without a row would have no column either
+    }
     const Progress progress = [this](double) { return report(0.9); };
     std::vector<ValueParts> values(size_t(columns.size()));
     for (int i = 0; i < columns.size(); ++i) {

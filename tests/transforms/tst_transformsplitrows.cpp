@@ -96,6 +96,7 @@ void TestTransformSplitRows::splits_data()
     add("the name Number in use", values("1") + numbered, "Number:a,b", "Number|Number_2:a|1;b|2",
         "1 row added");
     add("no header", values("2") + numbered, "1|x,y", "1|x|1;1|y|2", "1 row added");
+    add("no rows to split values of", values("1"), "A|B:", "A|B:", "No changes");
     add("no rows", automatic(), "A1|A2:", "A:", "0 rows added");
 }
 
