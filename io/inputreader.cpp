@@ -31,8 +31,11 @@ std::unique_ptr<TextSource> openSource(const InputOptions &options, const QStrin
         messages->fail(noInputFileText());
         return nullptr;
     }
+    // JSON is UTF-8, or says by a byte-order mark what it is.
+    const QString encoding =
+        options.fileType == FileType::Json ? QStringLiteral("Automatic") : options.encoding;
     QString error;
-    std::unique_ptr<TextSource> source = TextSource::fromFile(path, options.encoding, &error);
+    std::unique_ptr<TextSource> source = TextSource::fromFile(path, encoding, &error);
     if (!source) {
         messages->fail(InputReader::tr("Can't open file '%1': %2.").arg(path, error));
     }
