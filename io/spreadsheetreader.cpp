@@ -1,6 +1,6 @@
 #include "spreadsheetreader.h"
 
-#include "inputreader.h"
+#include "xlsreader.h"
 #include "xlsxreader.h"
 
 #include <QCoreApplication>
@@ -77,9 +77,8 @@ std::unique_ptr<SpreadsheetReader> openSpreadsheet(const QString &path, QString 
     if (start.startsWith("PK\x03\x04") || start.startsWith("PK\x05\x06")) {
         return XlsxReader::open(path, error);
     }
-    if (start.startsWith("\xd0\xcf\x11\xe0")) {
-        *error = notBuiltText(FileType::ExcelXls);
-        return nullptr;
+    if (XlsReader::isWorkbookStart(start)) {
+        return XlsReader::open(path, error);
     }
     *error = otherFileText(start);
     return nullptr;
@@ -93,4 +92,14 @@ QString cellName(int row, int column)
         name.prepend(QChar('A' + rest % letters));
     }
     return name + QString::number(row + 1);
+}
+
+QString missingTextText(int row, int column, const QString &number, bool hasTexts)
+{
+    return hasTexts ? SpreadsheetText::tr("Cell %1 refers to the shared text of number '%2', which "
+                                          "does not exist.")
+                          .arg(cellName(row, column), number)
+                    : SpreadsheetText::tr("Cell %1 refers to a shared text, but the workbook has "
+                                          "none.")
+                          .arg(cellName(row, column));
 }

@@ -52,3 +52,6 @@ std::unique_ptr<SpreadsheetReader> openSpreadsheet(const QString &path, QString 
 
 /// "B7" for row 6, column 1.
 QString cellName(int row, int column);
+
+/// Told when a cell refers to a shared text that the workbook does not have.
+QString missingTextText(int row, int column, const QString &number, bool hasTexts);

@@ -357,11 +357,8 @@ void XlsxSheetHandler::addShared()
     const char *const end = m_value.data() + m_value.size();
     const auto [at, error] = std::from_chars(m_value.data(), end, index);
     if (error != std::errc() || at != end || index >= m_book.texts.count()) {
-        stop(m_book.hasTexts
-                 ? tr("Cell %1 refers to the shared text of number '%2', which does not exist.")
-                       .arg(cellName(m_row, m_column), QString::fromStdString(m_value).left(40))
-                 : tr("Cell %1 refers to a shared text, but the workbook has none.")
-                       .arg(cellName(m_row, m_column)));
+        stop(missingTextText(m_row, m_column, QString::fromStdString(m_value).left(40),
+                             m_book.hasTexts));
         return;
     }
     const std::string_view text = m_book.texts.at(index);

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QMap>
 #include <QString>
+#include <gsf/gsf-outfile-msole.h>
+#include <gsf/gsf-output-stdio.h>
 #include <zip.h>
 
 /// Makes small workbooks of the XLSX format from the XML of their parts.
@@ -90,3 +92,19 @@ private:
             ZIP_FL_ENC_UTF_8);
     }
 };
+
+/// Makes a compound file with one stream.
+inline bool writeContainer(const QString &path, const QByteArray &stream, const QByteArray &bytes)
+{
+    GsfOutput *const file = gsf_output_stdio_new(path.toUtf8().constData(), nullptr);
+    GsfOutfile *const container = gsf_outfile_msole_new(file);
+    GsfOutput *const child = gsf_outfile_new_child(container, stream.constData(), FALSE);
+    bool good = gsf_output_write(child, size_t(bytes.size()),
+                                 reinterpret_cast<const guint8 *>(bytes.constData())) != 0;
+    good = gsf_output_close(child) && good;
+    good = gsf_output_close(GSF_OUTPUT(container)) && good;
+    for (gpointer object : {gpointer(child), gpointer(container), gpointer(file)}) {
+        g_object_unref(object);
+    }
+    return good;
+}
