@@ -75,6 +75,17 @@ void GraphScene::afterEdit()
     }
 }
 
+void GraphScene::markOutdated(const QList<InputNode *> &inputs)
+{
+    m_sawMark = false;
+    for (InputNode *input : inputs) {
+        if (contains(input)) {
+            input->setStatus(ItemStatus::NeedsUpdating, true);
+        }
+    }
+    afterEdit();
+}
+
 void GraphScene::runEnded(bool stopped)
 {
     const bool wanted = m_autoRunAfterRun && m_document.autoRun && !stopped;

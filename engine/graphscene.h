@@ -133,6 +133,12 @@ public:
     void editAlias(IONode *node, const QString &alias);
     void editAppearance(NoteNode *node, const QString &color, NoteArrow arrow);
 
+    // --- Not an edit
+
+    /// What these inputs read has changed: marks them and everything downstream, as an edit would,
+    /// but leaves no trace in the undo history.
+    void markOutdated(const QList<InputNode *> &inputs);
+
 Q_SIGNALS:
     void selectionChanged();
     void nodesAdded();
