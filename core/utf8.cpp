@@ -222,6 +222,11 @@ int incompleteTail(std::string_view bytes)
     return 0;
 }
 
+int characterLength(std::string_view bytes)
+{
+    return qMax(sequenceLength(bytesOf(bytes), bytes.size(), true), 1);
+}
+
 std::string_view trimmed(std::string_view bytes)
 {
     const uchar *p = bytesOf(bytes);

@@ -31,6 +31,10 @@ bool hasSurrogates(std::string_view bytes);
 /// The number of bytes at the end that begin a sequence which is not complete yet (0 to 3).
 int incompleteTail(std::string_view bytes);
 
+/// The number of bytes of the character at the start; 1 for a byte that begins none. The bytes must
+/// not be empty.
+int characterLength(std::string_view bytes);
+
 /// Without white space (QChar::isSpace) at both ends.
 std::string_view trimmed(std::string_view bytes);
 

@@ -47,6 +47,8 @@ public:
     std::string_view sample(qint64 size);
     /// `delimiter` is one character. To be called before next().
     void setGrammar(Grammar grammar, const QString &delimiter, bool ignoreRepeatedDelimiter);
+    /// Instead of setGrammar(): every line is a row of one value.
+    void setLines() { setGrammar(Grammar::Unquoted, QStringLiteral("\n"), false); }
 
     /// Cuts the next row. After the answer false, ending() tells why.
     bool next();

@@ -1,7 +1,6 @@
 #include "delimitedreader.h"
 
 #include "inputoptions.h"
-#include "inputreader.h"
 #include "rowcollector.h"
 #include "textdecoder.h"
 #include "textinput.h"
@@ -97,18 +96,6 @@ Dataset readDelimitedText(const InputOptions &options, const QString &path, Text
         const CutRow row = parser.row();
         collector.add(row.values, row.count, row.clean);
     }
-    switch (parser.ending()) {
-    case DelimitedParser::Ending::None:
-    case DelimitedParser::Ending::TextEnd:
-        return collector.finish(messages);
-    case DelimitedParser::Ending::Stopped:
-        break;
-    case DelimitedParser::Ending::Failed:
-        messages->fail(unreadableText(path, source->errorText()));
-        break;
-    case DelimitedParser::Ending::TooBig:
-        messages->fail(tooBigText(path));
-        break;
-    }
-    return {};
+    return tellEnding(parser.ending(), path, *source, messages) ? collector.finish(messages)
+                                                                : Dataset();
 }

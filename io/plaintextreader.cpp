@@ -1,10 +1,20 @@
 #include "plaintextreader.h"
 
-#include "inputreader.h"
+#include "delimitedparser.h"
+#include "rowcollector.h"
+#include "textinput.h"
 
-Dataset readPlainText(const InputOptions &, const QString &, TextSource *, Messages *messages,
-                      const Progress &)
+Dataset readPlainText(const InputOptions &options, const QString &path, TextSource *source,
+                      Messages *messages, const Progress &progress)
 {
-    messages->fail(notBuiltText(FileType::PlainText));
-    return {};
+    noteEncoding(options, *source, messages);
+    DelimitedParser lines(source, progress);
+    lines.setLines();
+    RowCollector collector(options, source);
+    while (lines.next()) {
+        const CutRow line = lines.row();
+        collector.add(line.values, line.count, line.clean);
+    }
+    return tellEnding(lines.ending(), path, *source, messages) ? collector.finish(messages)
+                                                               : Dataset();
 }

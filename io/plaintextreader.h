@@ -7,6 +7,6 @@
 class TextSource;
 struct InputOptions;
 
-/// Reads Plain text: one column with a row for each line. `path` is used in messages only.
+/// Reads plain text: one column with a row for each line. `path` is used in messages only.
 Dataset readPlainText(const InputOptions &options, const QString &path, TextSource *source,
                       Messages *messages, const Progress &progress);

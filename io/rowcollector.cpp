@@ -145,6 +145,9 @@ Dataset RowCollector::finish(Messages *messages)
 {
     noteRows(messages);
     Dataset dataset = m_builder.take();
+    if (dataset.columnCount() < ColIndex(m_minimumColumns)) {
+        dataset.setColumnCount(ColIndex(m_minimumColumns));
+    }
     if (m_header) {
         if (dataset.columnCount() < ColIndex(m_header->size())) {
             dataset.setColumnCount(ColIndex(m_header->size()));

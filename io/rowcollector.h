@@ -29,6 +29,11 @@ public:
     /// For formats that name their columns: no row is taken as the header.
     void setHeaderInRows(bool inRows) { m_wantsHeader = m_wantsHeader && inRows; }
 
+    /// The table gets at least so many columns.
+    void setMinimumColumns(int count) { m_minimumColumns = count; }
+    /// True when the next row is one of the leading rows that are dropped.
+    bool ignoresNext() const { return m_inputRows < m_ignoredRows; }
+
     /// Takes a row. With `clean` no value needs mending. The values may be changed.
     void add(std::string_view *values, int count, bool clean);
     /// The table of all rows, with the notes on them.
@@ -57,6 +62,7 @@ private:
     bool m_ignoreEmptyColumns;
     bool m_wantsHeader;
     bool m_lengthsMatter = true;
+    int m_minimumColumns = 0;
 
     TableBuilder m_builder;
     std::optional<QStringList> m_header;

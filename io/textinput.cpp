@@ -1,6 +1,7 @@
 #include "textinput.h"
 
 #include "inputoptions.h"
+#include "inputreader.h"
 #include "textdecoder.h"
 
 #include <QCoreApplication>
@@ -67,6 +68,25 @@ std::optional<std::string> readWholeText(const QString &path, TextSource *source
         }
     }
     return text;
+}
+
+bool tellEnding(DelimitedParser::Ending ending, const QString &path, const TextSource &source,
+                Messages *messages)
+{
+    switch (ending) {
+    case DelimitedParser::Ending::None:
+    case DelimitedParser::Ending::TextEnd:
+        return true;
+    case DelimitedParser::Ending::Stopped:
+        break;
+    case DelimitedParser::Ending::Failed:
+        messages->fail(unreadableText(path, source.errorText()));
+        break;
+    case DelimitedParser::Ending::TooBig:
+        messages->fail(tooBigText(path));
+        break;
+    }
+    return false;
 }
 
 QString unreadableText(const QString &path, const QString &reason)

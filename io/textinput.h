@@ -1,5 +1,6 @@
 #pragma once
 
+#include "delimitedparser.h"
 #include "messages.h"
 #include "progress.h"
 
@@ -21,6 +22,10 @@ void noteEncoding(const InputOptions &options, const TextSource &source, Message
 std::optional<std::string> readWholeText(const QString &path, TextSource *source,
                                          Messages *messages, const Progress &progress,
                                          double share);
+
+/// Tells why rows or lines could not be cut to the end of the text; true when they were.
+[[nodiscard]] bool tellEnding(DelimitedParser::Ending ending, const QString &path,
+                              const TextSource &source, Messages *messages);
 
 /// "Can't read file ..."
 QString unreadableText(const QString &path, const QString &reason);
