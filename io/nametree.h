@@ -32,8 +32,10 @@ public:
         /// Where the next of its repeated values goes.
         int next = 0;
         int column = -1;
+        qint64 count = 0;
         bool repeats = false;
         bool hasAttributes = false;
+        bool hasText = false;
     };
 
     NameTree();
