@@ -1,12 +1,6 @@
 #pragma once
 
-#include "dataset.h"
-#include "inputoptions.h"
-#include "inputreader.h"
-#include "messages.h"
-
-#include <QFile>
-#include <QTemporaryDir>
+#include "readertools.h"
 
 /// A table as text: the names, then the rows, cells parted by "|" and rows by line feeds.
 inline QString tableText(const Dataset &dataset)
@@ -23,17 +17,13 @@ inline QString tableText(const Dataset &dataset)
     return lines.join(QLatin1Char('\n'));
 }
 
-/// Reads a file of these bytes.
-inline Dataset readBytes(const QByteArray &bytes, InputOptions options, Messages *messages,
+/// Reads bytes; the messages are added to those given.
+inline Dataset readBytes(const QByteArray &bytes, const InputOptions &options, Messages *messages,
                          const Progress &progress = Progress())
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("in.txt"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
-        messages->fail(QStringLiteral("cannot write the test's file"));
-        return {};
-    }
-    file.close();
-    return readInput(options, path, messages, progress);
+    const ReadResult result = readBytes(bytes, options, progress);
+    messages->information += result.messages.information;
+    messages->warnings += result.messages.warnings;
+    messages->failed = messages->failed || result.messages.failed;
+    return result.table;
 }

@@ -33,7 +33,8 @@ struct ReadResult
 };
 
 /// Reads bytes from a file with the reader of the options' type.
-inline ReadResult readBytes(const QByteArray &bytes, const InputOptions &options)
+inline ReadResult readBytes(const QByteArray &bytes, const InputOptions &options,
+                            const Progress &progress = Progress())
 {
     ReadResult result;
     QTemporaryDir folder;
@@ -43,7 +44,7 @@ inline ReadResult readBytes(const QByteArray &bytes, const InputOptions &options
         qFatal("The test's input cannot be written.");
     }
     file.close();
-    result.table = readInput(options, path, &result.messages, Progress());
+    result.table = readInput(options, path, &result.messages, progress);
     return result;
 }
 
