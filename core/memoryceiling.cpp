@@ -47,15 +47,21 @@ QByteArray contents(const QString &path)
 
 namespace MemoryCeiling {
 
+double memoryOfProcessGb(qint64 processId)
+{
+    const QByteArray status = contents(
+        QStringLiteral("/proc/%1/status")
+            .arg(processId > 0 ? QString::number(processId) : QStringLiteral("self")));
+    return (kilobytes(status, "\nRssAnon:") + kilobytes(status, "\nVmSwap:")) * 1024 / bytesPerGb;
+}
+
 double memoryInUseNowGb()
 {
     State &s = state();
     if (s.pretendedGb >= 0) {
         return s.pretendedGb;
     }
-    const QByteArray status = contents(QStringLiteral("/proc/self/status"));
-    s.usedGb =
-        (kilobytes(status, "\nRssAnon:") + kilobytes(status, "\nVmSwap:")) * 1024 / bytesPerGb;
+    s.usedGb = memoryOfProcessGb(0);
     s.sinceRead.start();
     return s.usedGb;
 }

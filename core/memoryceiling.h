@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGlobal>
 #include <exception>
 #include <functional>
 
@@ -31,6 +32,8 @@ namespace MemoryCeiling {
 double memoryInUseGb();
 /// The same, read now.
 double memoryInUseNowGb();
+/// That of another process of the user, read now; 0 stands for this one.
+double memoryOfProcessGb(qint64 processId);
 
 /// 80 % of the machine's memory, in units of 2^30 bytes.
 double defaultLimitGb();

@@ -5,6 +5,7 @@
 #include "transformdedupe.h"
 #include "transformfilter.h"
 #include "transformif.h"
+#include "transformjavascript.h"
 #include "transformjoin.h"
 #include "transformpad.h"
 #include "transformremovecols.h"
@@ -34,6 +35,7 @@ std::vector<std::unique_ptr<Transform>> prototypes()
     list.push_back(std::make_unique<TransformDedupe>());
     list.push_back(std::make_unique<TransformFilter>());
     list.push_back(std::make_unique<TransformIf>());
+    list.push_back(std::make_unique<TransformJavascript>());
     list.push_back(std::make_unique<TransformJoin>());
     list.push_back(std::make_unique<TransformPad>());
     list.push_back(std::make_unique<TransformRemoveCols>());

@@ -127,11 +127,6 @@ constexpr TransformFacts unbuiltTypes[] = {
         .words("linear spline")
         .with(TransformFacts::Advanced | TransformFacts::DependentParameters),
     TransformFacts(
-        26, "TransformJavascript", "Javascript", "Javascript", Category::Other,
-        QT_TRANSLATE_NOOP("Transform", "Script your own custom transform in Javascript."))
-        .words("script code custom function")
-        .with(TransformFacts::Advanced),
-    TransformFacts(
         28, "TransformLookup", "Lookup", "Lookup", Category::Merge,
         QT_TRANSLATE_NOOP(
             "Transform",
