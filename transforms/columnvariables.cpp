@@ -1,60 +1,59 @@
 #include "columnvariables.h"
 
-#include <QHash>
 #include <algorithm>
 
 namespace {
 
 const QLatin1String opening("$(");
 
-/// The columns of a table by what may stand inside a variable.
-class ColumnNames
+} // namespace
+
+ColumnNames::ColumnNames(const Dataset &table)
+    : m_count(table.columnCount().value())
 {
-public:
-    explicit ColumnNames(const Dataset &table)
-        : m_count(table.columnCount().value())
-    {
-        for (int i = m_count - 1; i >= 0; --i) {
-            const QString name = table.columnName(ColIndex(i));
-            m_numbers.insert(name, i);
-            m_longest = std::max(m_longest, name.size());
-        }
+    for (int i = m_count - 1; i >= 0; --i) {
+        const QString name = table.columnName(ColIndex(i));
+        m_numbers.insert(name, i);
+        m_longest = std::max(m_longest, name.size());
     }
+}
 
-    int find(const QString &text) const
-    {
-        const bool isNumber = !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) {
-            return c >= QLatin1Char('0') && c <= QLatin1Char('9');
-        });
-        const int number = isNumber ? text.toInt() : 0;
-        return number >= 1 && number <= m_count ? number - 1 : m_numbers.value(text, -1);
-    }
+int ColumnNames::find(const QString &text) const
+{
+    const bool isNumber = !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    });
+    const int number = isNumber ? text.toInt() : 0;
+    return number >= 1 && number <= m_count ? number - 1 : m_numbers.value(text, -1);
+}
 
-    /// The column of the variable whose inner text begins at `from`; `end` is set to where the text
-    /// after it begins. Names may hold closing brackets.
-    int findAt(const QString &text, int from, int *end) const
-    {
-        constexpr int digitsOfNumber = 10;
-        const int last = std::min(text.size(), from + std::max(m_longest, digitsOfNumber) + 1);
-        for (int at = from; at < last; ++at) {
-            if (text[at] == QLatin1Char(')')) {
-                const int column = find(text.mid(from, at - from));
-                if (column >= 0) {
-                    *end = at + 1;
-                    return column;
-                }
+int ColumnNames::findAt(const QString &text, int from, int *end) const
+{
+    constexpr int digitsOfNumber = 10;
+    const int last = std::min(text.size(), from + std::max(m_longest, digitsOfNumber) + 1);
+    for (int at = from; at < last; ++at) {
+        if (text[at] == QLatin1Char(')')) {
+            const int column = find(text.mid(from, at - from));
+            if (column >= 0) {
+                *end = at + 1;
+                return column;
             }
         }
-        return -1;
     }
+    return -1;
+}
 
-private:
-    int m_count;
-    int m_longest = 0;
-    QHash<QString, int> m_numbers;
-};
-
-} // namespace
+void ColumnNames::addUnknown(const QString &text, int from, QStringList *unknown)
+{
+    const int end = text.indexOf(QLatin1Char(')'), from);
+    if (end < 0) {
+        return;
+    }
+    const QString inside = text.mid(from, end - from);
+    if (!unknown->contains(inside)) {
+        unknown->append(inside);
+    }
+}
 
 ColumnTemplate::ColumnTemplate(const QString &text, const Dataset &table)
     : m_textAfter(text)
@@ -73,7 +72,7 @@ ColumnTemplate::ColumnTemplate(const QString &text, const Dataset &table)
                 {text.mid(done, at - done), table.columnReader(ColIndex(column))});
             done = end;
         } else {
-            addUnknown(text, at + opening.size());
+            ColumnNames::addUnknown(text, at + opening.size(), &m_unknown);
         }
         at = text.indexOf(opening, column >= 0 ? end : at + opening.size());
     }
@@ -108,18 +107,6 @@ bool ColumnTemplate::hasEmptyValue(int row) const
     return std::any_of(m_variables.begin(), m_variables.end(), [row](const Variable &variable) {
         return variable.column.utf8(row).empty();
     });
-}
-
-void ColumnTemplate::addUnknown(const QString &text, int from)
-{
-    const int end = text.indexOf(QLatin1Char(')'), from);
-    if (end < 0) {
-        return;
-    }
-    const QString inside = text.mid(from, end - from);
-    if (!m_unknown.contains(inside)) {
-        m_unknown.append(inside);
-    }
 }
 
 QString ColumnTemplate::variable(ColIndex column)

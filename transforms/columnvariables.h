@@ -2,10 +2,31 @@
 
 #include "dataset.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <functional>
 #include <vector>
+
+/// The columns of a table by what may stand inside a variable.
+class ColumnNames
+{
+public:
+    explicit ColumnNames(const Dataset &table);
+
+    /// The column of the variable whose inner text begins at `from`, else -1; `end` is set to where
+    /// the text after it begins. Names may hold closing brackets.
+    int findAt(const QString &text, int from, int *end) const;
+    /// Adds the inner text that begins at `from` to a list, unless it is there.
+    static void addUnknown(const QString &text, int from, QStringList *unknown);
+
+private:
+    int find(const QString &text) const;
+
+    int m_count;
+    int m_longest = 0;
+    QHash<QString, int> m_numbers;
+};
 
 /// A text with column variables, compiled for one table: `$(2)` stands for the value of the second
 /// column of the same row, `$(Name)` for that of the first column of that name. What names no
@@ -34,8 +55,6 @@ private:
         QString textBefore;
         ColumnReader column;
     };
-
-    void addUnknown(const QString &text, int from);
 
     std::vector<Variable> m_variables;
     QString m_textAfter;

@@ -145,7 +145,7 @@ bool ScriptRunner::compile()
         (m_job.mode == ScriptJob::Mode::Whole
              ? QStringList{QStringLiteral("rows")}
              : QStringList{QStringLiteral("row"), QStringLiteral("values")}) +
-        m_job.variables.identifiers;
+        m_job.variables.parameters;
     // The body begins in line 1.
     const QString source =
         QStringLiteral("(function(number, isNumber, state, header, rowCount) { return "

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dataset.h"
 #include "scriptprocess.h"
 #include "scriptvariables.h"
 

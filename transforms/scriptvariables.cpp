@@ -1,211 +1,251 @@
 #include "scriptvariables.h"
 
-#include <QHash>
+#include "columnvariables.h"
+
+#include <QSet>
 
 namespace {
 
-/// Walks through a script and tells code from quotes, comments and regular expressions.
-class ScriptScanner
+bool isNamePart(QChar c)
+{
+    return c.isLetterOrNumber() || c == QLatin1Char('_') || c == QLatin1Char('$') ||
+           c.isSurrogate();
+}
+
+/// After these words a slash begins a regular expression; after other names it divides.
+bool isOperatorWord(const QString &word)
+{
+    static const QSet<QString> words = [] {
+        QSet<QString> set;
+        for (const char *const each : {"return", "typeof", "case", "in", "of", "delete", "void",
+                                       "throw", "new", "instanceof", "else", "do", "yield"}) {
+            set.insert(QLatin1String(each));
+        }
+        return set;
+    }();
+    return words.contains(word);
+}
+
+/// Walks through a script once, token by token, and writes the changed one.
+class Rewriter
 {
 public:
-    ScriptScanner(const QString &script, const Dataset &table)
-        : m_script(script)
-        , m_table(table)
+    Rewriter(const QString &source, const Dataset &table, ScriptVariables *result)
+        : m_source(source)
+        , m_names(table)
+        , m_result(result)
+        , m_prefix(QStringLiteral("cell_"))
     {
+        while (source.contains(m_prefix)) {
+            m_prefix += QLatin1Char('_');
+        }
     }
 
-    ScriptVariables scanned()
+    void run()
     {
-        while (m_at < m_script.size()) {
+        while (m_at < m_source.size()) {
             step();
         }
-        return m_result;
     }
 
 private:
-    QChar now() const { return m_script[m_at]; }
-    bool isAt(const char *text) const
+    QChar at(int position) const
     {
-        return m_script.midRef(m_at).startsWith(QLatin1String(text));
+        return position < m_source.size() ? m_source[position] : QChar();
+    }
+    bool startsHere(const char *text) const
+    {
+        return m_source.midRef(m_at).startsWith(QLatin1String(text));
+    }
+    void copyTo(int end)
+    {
+        end = qMin(end, m_source.size());
+        m_result->script += m_source.midRef(m_at, end - m_at);
+        m_at = end;
     }
 
     void step()
     {
-        const QChar c = now();
-        if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
-            copyText(quoteEnd(c));
-        } else if (isAt("//")) {
-            const int end = m_script.indexOf(QLatin1Char('\n'), m_at);
-            copy(end < 0 ? m_script.size() : end);
-        } else if (isAt("/*")) {
-            const int end = m_script.indexOf(QLatin1String("*/"), m_at + 2);
-            copy(end < 0 ? m_script.size() : end + 2);
-        } else if (c == QLatin1Char('/') && expectsValue()) {
-            copyText(regexEnd());
-        } else if (c == QLatin1Char('`')) {
-            copyText(templateTextEnd());
-        } else if (isAt("$(")) {
-            copyVariable();
+        const QChar c = at(m_at);
+        if (c.isSpace()) {
+            copyTo(m_at + 1);
+        } else if (startsHere("//")) {
+            const int end = m_source.indexOf(QLatin1Char('\n'), m_at);
+            copyTo(end < 0 ? m_source.size() : end);
+        } else if (startsHere("/*")) {
+            const int end = m_source.indexOf(QLatin1String("*/"), m_at + 2);
+            copyTo(end < 0 ? m_source.size() : end + 2);
+        } else if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
+            quoted(c);
+        } else if (c == QLatin1Char('`') || (c == QLatin1Char('}') && endsInTemplate())) {
+            templateText();
+        } else if (c == QLatin1Char('/') && !m_afterValue) {
+            regularExpression();
+        } else if (startsHere("$(") && variable(QString(), QString())) {
+            m_afterValue = true;
+        } else if (isNamePart(c)) {
+            name();
         } else {
-            if (c == QLatin1Char('{')) {
-                m_braces.append(false);
-            } else if (c == QLatin1Char('}') && !m_braces.isEmpty() && m_braces.takeLast()) {
-                copyText(templateTextEnd()); // the template goes on behind its expression
+            symbol(c);
+        }
+    }
+
+    void name()
+    {
+        int end = m_at;
+        while (end < m_source.size() && isNamePart(m_source[end])) {
+            ++end;
+        }
+        m_afterValue = !isOperatorWord(m_source.mid(m_at, end - m_at));
+        m_last = QLatin1Char('a');
+        copyTo(end);
+    }
+
+    void symbol(QChar c)
+    {
+        if (!m_templates.empty() && c == QLatin1Char('{')) {
+            ++m_templates.back();
+        } else if (!m_templates.empty() && c == QLatin1Char('}')) {
+            --m_templates.back();
+        }
+        m_afterValue = c == QLatin1Char(')') || c == QLatin1Char(']') || c == QLatin1Char('}');
+        m_last = c;
+        copyTo(m_at + 1);
+    }
+
+    /// Replaces the variable that begins here, if it names a column.
+    bool variable(const QString &before, const QString &after)
+    {
+        int end = 0;
+        const int column = m_names.findAt(m_source, m_at + 2, &end);
+        if (column < 0) {
+            ColumnNames::addUnknown(m_source, m_at + 2, &m_result->unknown);
+            return false;
+        }
+        const QString lines(m_source.midRef(m_at, end - m_at).count(QLatin1Char('\n')),
+                            QLatin1Char('\n'));
+        m_result->script +=
+            before + QLatin1Char('(') + parameter(column) + lines + QLatin1Char(')') + after;
+        m_at = end;
+        return true;
+    }
+
+    QString parameter(int column)
+    {
+        const QString result = m_prefix + QString::number(column + 1);
+        if (!m_result->parameters.contains(result)) {
+            m_result->parameters.append(result);
+            m_result->columns.push_back(ColIndex(column));
+        }
+        return result;
+    }
+
+    void quoted(QChar quote)
+    {
+        const int begin = m_result->script.size();
+        const QString before = quote + QStringLiteral("+");
+        const QString after = QStringLiteral("+") + quote;
+        bool changed = false;
+        copyTo(m_at + 1);
+        while (m_at < m_source.size() && at(m_at) != QLatin1Char('\n')) {
+            if (at(m_at) == quote) {
+                copyTo(m_at + 1);
+                break;
+            }
+            if (at(m_at) == QLatin1Char('\\')) {
+                copyTo(m_at + 2);
+            } else if (startsHere("$(") && variable(before, after)) {
+                changed = true;
+            } else {
+                copyTo(m_at + 1);
+            }
+        }
+        if (changed) {
+            const bool isKey = isPropertyKey();
+            m_result->script.insert(begin, QLatin1Char(isKey ? '[' : '('));
+            m_result->script += QLatin1Char(isKey ? ']' : ')');
+        }
+        m_afterValue = true;
+        m_last = QLatin1Char('a');
+    }
+
+    /// A quoted text just read is the name in `{"name": value}`, where an expression needs "[ ]".
+    bool isPropertyKey() const
+    {
+        int next = m_at;
+        while (at(next).isSpace()) {
+            ++next;
+        }
+        return at(next) == QLatin1Char(':') &&
+               (m_last == QLatin1Char('{') || m_last == QLatin1Char(','));
+    }
+
+    bool endsInTemplate() const { return !m_templates.empty() && m_templates.back() == 0; }
+
+    /// From the backquote, or from the bracket that ends a `${ }`, to the next one.
+    void templateText()
+    {
+        if (at(m_at) == QLatin1Char('}')) {
+            m_templates.pop_back();
+        }
+        copyTo(m_at + 1);
+        while (m_at < m_source.size()) {
+            if (at(m_at) == QLatin1Char('\\')) {
+                copyTo(m_at + 2);
+            } else if (at(m_at) == QLatin1Char('`')) {
+                copyTo(m_at + 1);
+                m_afterValue = true;
+                m_last = QLatin1Char('a');
                 return;
-            }
-            copy(m_at + 1);
-        }
-    }
-
-    /// After an operator, an opening bracket or a word such as "return" a slash begins a regular
-    /// expression, elsewhere it divides.
-    bool expectsValue() const
-    {
-        int last = m_at - 1;
-        while (last >= 0 && m_script[last].isSpace()) {
-            --last;
-        }
-        if (last < 0) {
-            return true;
-        }
-        if (QStringLiteral("(,=:[!&|?{};+-*%<>~^").contains(m_script[last])) {
-            return true;
-        }
-        int first = last;
-        while (first >= 0 && m_script[first].isLetter()) {
-            --first;
-        }
-        const QString word = m_script.mid(first + 1, last - first);
-        return word == QLatin1String("return") || word == QLatin1String("typeof") ||
-               word == QLatin1String("case") || word == QLatin1String("in");
-    }
-
-    /// The end of a quoted text; it cannot go over a line end.
-    int quoteEnd(QChar quote) const
-    {
-        for (int i = m_at + 1; i < m_script.size(); ++i) {
-            if (m_script[i] == QLatin1Char('\\')) {
-                ++i;
-            } else if (m_script[i] == quote) {
-                return i + 1;
-            } else if (m_script[i] == QLatin1Char('\n')) {
-                return i;
+            } else if (startsHere("${")) {
+                copyTo(m_at + 2);
+                m_templates.push_back(0);
+                m_afterValue = false;
+                m_last = QLatin1Char('(');
+                return;
+            } else if (!startsHere("$(") || !variable(QStringLiteral("${"), QStringLiteral("}"))) {
+                copyTo(m_at + 1);
             }
         }
-        return m_script.size();
     }
 
-    int regexEnd() const
+    void regularExpression()
     {
         bool inClass = false;
-        for (int i = m_at + 1; i < m_script.size() && m_script[i] != QLatin1Char('\n'); ++i) {
-            if (m_script[i] == QLatin1Char('\\')) {
-                ++i;
-            } else if (m_script[i] == QLatin1Char('[')) {
-                inClass = true;
-            } else if (m_script[i] == QLatin1Char(']')) {
-                inClass = false;
-            } else if (m_script[i] == QLatin1Char('/') && !inClass) {
-                return i + 1;
+        int end = m_at + 1;
+        while (end < m_source.size() && m_source[end] != QLatin1Char('\n')) {
+            const QChar c = m_source[end];
+            if (c == QLatin1Char('\\')) {
+                ++end;
+            } else if (c == QLatin1Char('[') || c == QLatin1Char(']')) {
+                inClass = c == QLatin1Char('[');
+            } else if (c == QLatin1Char('/') && !inClass) {
+                ++end;
+                break;
             }
+            ++end;
         }
-        return m_at + 1;
+        copyTo(end);
+        m_afterValue = true;
+        m_last = QLatin1Char('a');
     }
 
-    /// The end of a template's text: behind its last quote, or behind "${", where code begins.
-    int templateTextEnd()
-    {
-        for (int i = m_at + 1; i < m_script.size(); ++i) {
-            if (m_script[i] == QLatin1Char('\\')) {
-                ++i;
-            } else if (m_script[i] == QLatin1Char('`')) {
-                return i + 1;
-            } else if (m_script[i] == QLatin1Char('$') && i + 1 < m_script.size() &&
-                       m_script[i + 1] == QLatin1Char('{')) {
-                m_braces.append(true);
-                return i + 2;
-            }
-        }
-        return m_script.size();
-    }
-
-    void copy(int end)
-    {
-        m_result.script += m_script.midRef(m_at, end - m_at);
-        m_at = end;
-    }
-
-    /// Copies text, and notes the columns that the user may have meant in it.
-    void copyText(int end)
-    {
-        for (int i = m_script.indexOf(QLatin1String("$("), m_at); i >= 0 && i < end;
-             i = m_script.indexOf(QLatin1String("$("), i + 2)) {
-            const int close = m_script.indexOf(QLatin1Char(')'), i);
-            if (close > 0 && close < end &&
-                columnOf(m_script.mid(i + 2, close - i - 2)).isValid()) {
-                addOnce(m_script.mid(i, close - i + 1), &m_result.quoted);
-            }
-        }
-        copy(end);
-    }
-
-    void copyVariable()
-    {
-        const int close = m_script.indexOf(QLatin1Char(')'), m_at);
-        if (close < 0) {
-            copy(m_at + 2);
-            return;
-        }
-        const QString name = m_script.mid(m_at + 2, close - m_at - 2);
-        const ColIndex column = columnOf(name);
-        if (!column.isValid()) {
-            addOnce(m_script.mid(m_at, close - m_at + 1), &m_result.unknown);
-            copy(m_at + 2);
-            return;
-        }
-        m_result.script += identifierOf(column);
-        m_at = close + 1;
-    }
-
-    ColIndex columnOf(const QString &name) const
-    {
-        bool isNumber = false;
-        const int number = name.toInt(&isNumber);
-        if (isNumber && number >= 1 && number <= m_table.columnCount().value()) {
-            return ColIndex(number - 1);
-        }
-        return m_table.columnIndex(name);
-    }
-
-    QString identifierOf(ColIndex column)
-    {
-        for (size_t i = 0; i < m_result.columns.size(); ++i) {
-            if (m_result.columns[i] == column) {
-                return m_result.identifiers[int(i)];
-            }
-        }
-        m_result.columns.push_back(column);
-        m_result.identifiers.append(QStringLiteral("$column%1").arg(column.value() + 1));
-        return m_result.identifiers.last();
-    }
-
-    static void addOnce(const QString &text, QStringList *list)
-    {
-        if (!list->contains(text)) {
-            list->append(text);
-        }
-    }
-
-    const QString &m_script;
-    const Dataset &m_table;
+    const QString &m_source;
+    ColumnNames m_names;
+    ScriptVariables *m_result;
+    QString m_prefix;
     int m_at = 0;
-    QList<bool> m_braces; // open ones; true: of an expression in a template
-    ScriptVariables m_result;
+    /// The last token ends a value: a slash divides.
+    bool m_afterValue = false;
+    /// The last symbol; 'a' stands for names and texts.
+    QChar m_last;
+    /// For each template that is open: the brackets open in its present `${ }`.
+    std::vector<int> m_templates;
 };
 
 } // namespace
 
-ScriptVariables ScriptVariables::replaced(const QString &script, const Dataset &table)
+ScriptVariables::ScriptVariables(const QString &source, const Dataset &table)
 {
-    return ScriptScanner(script, table).scanned();
+    Rewriter(source, table, this).run();
 }

@@ -1,24 +1,27 @@
 #pragma once
 
-#include "dataset.h"
+#include "indices.h"
 
 #include <QString>
 #include <QStringList>
 #include <vector>
 
-/// A script in which the column variables `$(2)` and `$(Name)` have become identifiers, so that the
-/// contents of cells are never part of the program. Inside quotes, comments and regular expressions
-/// a variable is ordinary text.
+class Dataset;
+
+/// A script with column variables, in which each of them became the name of a parameter that
+/// holds the row's value: values are never part of the script. Line numbers stay.
+///
+/// In the code and inside `${ }` a variable becomes the bare parameter; in a quoted text the text
+/// is cut there and put together again with "+"; in a template it becomes `${parameter}`.
+/// Comments, regular expressions and what names no column stay as written.
 struct ScriptVariables
 {
-    /// Looks at the code only as far as needed to tell code from text.
-    static ScriptVariables replaced(const QString &script, const Dataset &table);
+    ScriptVariables(const QString &script, const Dataset &table);
 
     QString script;
-    /// The columns in use, each once, and the identifiers that stand for their cells.
+    /// The columns used, each once, and the names of their parameters.
     std::vector<ColIndex> columns;
-    QStringList identifiers;
-    /// Variables that name no column, and those that stand inside quotes, each once.
+    QStringList parameters;
+    /// What stands in brackets where no column is named, each once.
     QStringList unknown;
-    QStringList quoted;
 };

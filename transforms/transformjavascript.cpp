@@ -140,16 +140,12 @@ Dataset TransformJavascript::execute(const QList<Dataset> &inputs)
     if (!input.hasColumns()) {
         return input;
     }
-    const ScriptVariables variables = ScriptVariables::replaced(settings.script, input);
+    const ScriptVariables variables(settings.script, input);
     if (!variables.unknown.isEmpty()) {
         for (const QString &variable : variables.unknown) {
             messages().fail(tr("Column variable '%1' not found.").arg(variable));
         }
         return input;
-    }
-    for (const QString &variable : variables.quoted) {
-        messages().warn(tr("Column variable '%1' stands inside quotes and is ordinary text there.")
-                            .arg(variable));
     }
     if (settings.mode == ScriptJob::Mode::Whole && !variables.columns.empty()) {
         messages().fail(tr("Column variables stand for the cells of one row: with 'Whole dataset', "
