@@ -246,12 +246,12 @@ Dataset TransformSplitRows::execute(const QList<Dataset> &inputs)
     if (!valueColumns.isEmpty() && !splitValues(settings, valueColumns, &split)) {
         return {};
     }
+    const qint64 added = qint64(split.table.rowCount()) - input.rowCount();
+    if (added > 0 || split.table.columnCount() != input.columnCount()) {
+        setStatus(tr("%1 %2 added").arg(Texts::count(added), Texts::rows(added)));
+    }
     if (settings.addNumber) {
         addNumbers(split, &split.table);
-    }
-    if (split.table.rowCount() > input.rowCount() || !parts.isEmpty()) {
-        const qint64 added = qint64(split.table.rowCount()) - input.rowCount();
-        setStatus(tr("%1 %2 added").arg(Texts::count(added), Texts::rows(added)));
     }
     return split.table;
 }

@@ -78,6 +78,8 @@ void TestTransformSplitRows::splits_data()
     add("fixed beyond the table, with empty rows", fixed("1|2|3") + withEmpty, "A|B|C:1|2|3",
         "A|B:1|2;3|;|", "2 rows added",
         "3 cell(s) of each row lie beyond the last column and are empty.");
+    add("nothing but empty parts", fixed("0|0|3"), "A|B:1|2", "A|B:1|2", "No changes",
+        "4 cell(s) of each row lie beyond the last column and are empty.");
     add("parts that are empty", fixed("2|1|3") + numbered, "K|A|B|C:1||x|;2|||;3|y||z",
         "K|A|Number:1|x|2;2||1;3|y|1;3|z|3", "1 row added");
     add("values", values("1"), "A|B:a, b|1;c|2;|3", "A|B:a|1;b|1;c|2;|3", "1 row added");
