@@ -227,6 +227,19 @@ int characterLength(std::string_view bytes)
     return qMax(sequenceLength(bytesOf(bytes), bytes.size(), true), 1);
 }
 
+uint nextCodePoint(std::string_view bytes, size_t *position)
+{
+    const auto byte = [&](size_t i) { return uint(uchar(bytes[*position + i])); };
+    const uint lead = byte(0);
+    const size_t length = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
+    uint c = length == 1 ? lead : lead & (0x7fu >> length);
+    for (size_t i = 1; i < length && *position + i < bytes.size(); ++i) {
+        c = c << 6 | (byte(i) & 0x3f);
+    }
+    *position = qMin(*position + length, bytes.size());
+    return c;
+}
+
 std::string_view trimmed(std::string_view bytes)
 {
     const uchar *p = bytesOf(bytes);

@@ -35,6 +35,9 @@ int incompleteTail(std::string_view bytes);
 /// not be empty.
 int characterLength(std::string_view bytes);
 
+/// The code point at a position of bytes that encode() made; moves the position behind it.
+uint nextCodePoint(std::string_view bytes, size_t *position);
+
 /// Without white space (QChar::isSpace) at both ends.
 std::string_view trimmed(std::string_view bytes);
 

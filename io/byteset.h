@@ -39,6 +39,17 @@ public:
 #endif
     }
 
+    /// The ASCII control characters.
+    void addControls()
+    {
+        for (size_t i = 0; i < 0x20; ++i) {
+            m_isMember[i] = true;
+        }
+#ifdef __SSE2__
+        m_below = _mm_set1_epi8(char(0x20 ^ 0x80));
+#endif
+    }
+
     /// Answers whether no member was met; the copy is then complete. The set must not be empty.
     bool copyWithout(const char *from, size_t size, char *to) const;
 
@@ -50,7 +61,10 @@ private:
 #ifdef __SSE2__
     int membersOf(__m128i bytes) const
     {
-        __m128i found = _mm_and_si128(bytes, m_highBits);
+        // Comparisons are signed: with the highest bit turned over, bytes keep their order.
+        const __m128i turned = _mm_xor_si128(bytes, _mm_set1_epi8(char(0x80)));
+        __m128i found =
+            _mm_or_si128(_mm_and_si128(bytes, m_highBits), _mm_cmplt_epi8(turned, m_below));
         for (const __m128i &value : m_values) {
             found = _mm_or_si128(found, _mm_cmpeq_epi8(bytes, value));
         }
@@ -63,6 +77,8 @@ private:
     // Each member in all bytes.
     __m128i m_values[capacity];
     __m128i m_highBits = _mm_setzero_si128();
+    // Nothing is below this one.
+    __m128i m_below = _mm_set1_epi8(char(0x80));
     int m_added = 0;
 #endif
 };

@@ -1,17 +1,15 @@
 #include "delimitedlines.h"
 
+#include "cellblocks.h"
 #include "textencoder.h"
 #include "utf8.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace {
 
 // Longer values do not gain from being copied while they are looked at.
 constexpr size_t longestPlain = 4096;
-// Cells looked up at once: their memory is fetched while others are being written.
-constexpr int cellsAtOnce = 2048;
 constexpr char surrogateLead = char(0xed);
 
 } // namespace
@@ -25,6 +23,9 @@ DelimitedLines::DelimitedLines(const DelimitedFormat &format, TextEncoder *out)
     , m_plainLimit(out->codec().holdsAscii() ? longestPlain : 0)
     , m_replacement(format.delimiter == QLatin1String(" ") ? '_' : ' ')
 {
+    for (const char c : {'=', '+', '-', '@', '\t', '\r'}) {
+        m_startsFormula[uchar(c)] = true;
+    }
     if (m_quoting != OutputQuoting::Never) {
         m_special.add('"');
     }
@@ -58,47 +59,23 @@ void DelimitedLines::addHeader(const QStringList &names)
 bool DelimitedLines::addRows(const Dataset &dataset, const Progress &progress)
 {
     const int columns = dataset.columnCount().value();
-    const int rows = dataset.rowCount();
-    if (columns == 0) {
-        return true;
-    }
-    std::vector<ColumnReader> readers;
-    readers.reserve(size_t(columns));
-    for (ColIndex column(0); column < ColIndex(columns); ++column) {
-        readers.push_back(dataset.columnReader(column));
-    }
-    const int rowsAtOnce = qBound(1, cellsAtOnce / columns, progressInterval);
-    std::vector<std::string_view> cells(size_t(rowsAtOnce) * size_t(columns));
-
-    for (int row = 0; row < rows;) {
-        const int sinceReport = row % progressInterval;
-        if (sinceReport == 0 &&
-            (m_out->hasFailed() || !reportProgress(progress, double(row) / rows))) {
-            return false;
-        }
-        const int count = std::min({rows - row, rowsAtOnce, progressInterval - sinceReport});
-        for (int column = 0; column < columns; ++column) {
-            const ColumnReader &reader = readers[size_t(column)];
-            std::string_view *cell = &cells[size_t(column)];
-            for (int i = 0; i < count; ++i, cell += columns) {
-                *cell = reader.utf8(row + i);
-                __builtin_prefetch(cell->data());
-            }
-        }
-        const std::string_view *cell = cells.data();
-        for (int i = 0; i < count; ++i) {
+    const auto writeBlock = [&](const std::string_view *cell, int, int rowCount) {
+        for (int i = 0; i < rowCount; ++i) {
             for (int column = 1; column < columns; ++column) {
                 addValue(*cell++, m_delimiterMark);
             }
             addValue(*cell++, m_lineEnd);
         }
-        row += count;
-    }
-    return !m_out->hasFailed();
+        return !m_out->hasFailed();
+    };
+    return forEachCellBlock(dataset, progress, writeBlock) && !m_out->hasFailed();
 }
 
 inline void DelimitedLines::addValue(std::string_view value, const Mark &after)
 {
+    if (!value.empty() && m_startsFormula[uchar(value.front())]) {
+        countFormula(value);
+    }
     if (value.size() > m_plainLimit) {
         addSpecialValue(value, after);
         return;
@@ -132,6 +109,16 @@ void DelimitedLines::addSpecialValue(std::string_view value, const Mark &after)
     }
     m_out->append(value);
     m_out->append(std::string_view(after.bytes, after.size));
+}
+
+/// A signed number is no formula, whatever a spreadsheet program makes of it.
+void DelimitedLines::countFormula(std::string_view value)
+{
+    bool isNumber = false;
+    if (value.front() == '+' || value.front() == '-') {
+        m_numbers.toReal(value, false, false, &isNumber);
+    }
+    m_formulaValues += isNumber ? 0 : 1;
 }
 
 bool DelimitedLines::hasUnencodable(std::string_view value)

@@ -3,9 +3,11 @@
 #include "byteset.h"
 #include "dataset.h"
 #include "filetypes.h"
+#include "numberreader.h"
 #include "progress.h"
 
 #include <QString>
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -36,6 +38,8 @@ public:
     QChar replacement() const { return QLatin1Char(m_replacement); }
     /// Values with characters that the encoding cannot hold.
     qint64 unencodableValues() const { return m_unencodableValues; }
+    /// Values that a spreadsheet program would run as a formula when it opens the file.
+    qint64 formulaValues() const { return m_formulaValues; }
 
 private:
     // Up to four bytes, stored at once.
@@ -47,6 +51,7 @@ private:
     static Mark markOf(std::string_view bytes);
     void addValue(std::string_view value, const Mark &after);
     void addSpecialValue(std::string_view value, const Mark &after);
+    void countFormula(std::string_view value);
     bool hasUnencodable(std::string_view value);
     bool needsQuotes(std::string_view value) const;
     std::string_view quoted(std::string_view value);
@@ -65,4 +70,7 @@ private:
     std::string m_formatted;
     qint64 m_replacedValues = 0;
     qint64 m_unencodableValues = 0;
+    qint64 m_formulaValues = 0;
+    NumberReader m_numbers;
+    std::array<bool, 256> m_startsFormula{};
 };

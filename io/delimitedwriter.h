@@ -1,24 +1,22 @@
 #pragma once
 
-#include <QString>
+#include "delimitedlines.h"
+#include "textformat.h"
 
-#include "progress.h"
+/// Writes delimited text: a line for the column names and one for each row.
+class DelimitedWriter final : public TextFormat
+{
+public:
+    explicit DelimitedWriter(const TextJob &job);
 
-class Dataset;
-struct Messages;
-struct OutputOptions;
+    QString syntax() const override;
+    bool check(Messages *messages) const override;
+    void begin(bool withHeader) override;
+    void resume(bool withHeader) override;
+    bool addRows(const Progress &progress) override;
+    void tell(Messages *messages) const override;
 
-enum class WriteResult { Written, Stopped, Failed };
-
-/// Why delimited text cannot be written with these options at all; empty when it can.
-QString delimitedTextProblem(const OutputOptions &options);
-
-/// Writes a table to a file, or adds it to the end of one when the write mode says so. Leaves the
-/// old file untouched unless all went well.
-WriteResult writeDelimitedFile(const OutputOptions &options, const QString &path,
-                               const Dataset &dataset, Messages *messages,
-                               const Progress &progress);
-
-/// The table as the text of a whole file; encoding and write mode play no part.
-WriteResult makeDelimitedText(const OutputOptions &options, const Dataset &dataset, QString *text,
-                              Messages *messages, const Progress &progress);
+private:
+    DelimitedFormat m_format;
+    DelimitedLines m_lines;
+};

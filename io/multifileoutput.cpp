@@ -298,7 +298,7 @@ void writeMultiFile(const OutputOptions &options, const Dataset &dataset,
                 .arg(options.multiFileColumn));
         return;
     }
-    if (!OutputFile(options, context, messages).canWrite()) {
+    if (!OutputFile(options, context, messages).canWrite(dataset)) {
         return;
     }
     Grouping grouping(context, messages);

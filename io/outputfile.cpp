@@ -1,9 +1,9 @@
 #include "outputfile.h"
 
-#include "delimitedwriter.h"
 #include "messages.h"
 #include "outputoptions.h"
 #include "outputwriter.h"
+#include "textoutput.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -25,20 +25,16 @@ OutputFile::OutputFile(const OutputOptions &options, const OutputContext &contex
 {
 }
 
-bool OutputFile::canWrite()
+bool OutputFile::canWrite(const Dataset &dataset)
 {
-    if (m_options.fileType != FileType::DelimitedText) {
+    if (!isTextOutput(m_options.fileType)) {
         m_messages->fail(
             translated(QT_TRANSLATE_NOOP("OutputFile",
                                          "Writing '%1' files is not built yet in this version."))
                 .arg(fileTypeLabel(m_options.fileType)));
         return false;
     }
-    const QString problem = delimitedTextProblem(m_options);
-    if (!problem.isEmpty()) {
-        m_messages->fail(problem);
-    }
-    return problem.isEmpty();
+    return checkTextOutput(m_options, dataset, m_messages);
 }
 
 FileOutcome OutputFile::write(const QString &path, const Dataset &dataset, const Progress &progress)
@@ -51,10 +47,10 @@ FileOutcome OutputFile::write(const QString &path, const Dataset &dataset, const
         m_lineEndingsNoted = true;
         noteLineEndings(m_options, m_messages);
     }
-    if (!canWrite() || !isAllowedForInput(path)) {
+    if (!canWrite(dataset) || !isAllowedForInput(path)) {
         return FileOutcome::NotWritten;
     }
-    switch (writeDelimitedFile(m_options, path, dataset, m_messages, progress)) {
+    switch (writeTextFile(m_options, path, m_context.name, dataset, m_messages, progress)) {
     case WriteResult::Written:
         m_messages->note(translated(QT_TRANSLATE_NOOP("OutputFile", "Written to '%1'")).arg(path));
         return FileOutcome::Written;

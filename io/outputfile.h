@@ -22,8 +22,8 @@ public:
     /// The path must be absolute.
     FileOutcome write(const QString &path, const Dataset &dataset, const Progress &progress);
 
-    /// Tells and answers false when no file at all can be written with these options.
-    bool canWrite();
+    /// Tells and answers false when a table cannot be written at all with these options.
+    bool canWrite(const Dataset &dataset);
 
 private:
     bool isAllowed(const QString &path);

@@ -1,9 +1,9 @@
 #include "outputwriter.h"
 
-#include "delimitedwriter.h"
 #include "multifileoutput.h"
 #include "outputfile.h"
 #include "outputoptions.h"
+#include "textoutput.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -33,8 +33,8 @@ void writeClipboard(OutputOptions options, const Dataset &dataset, const OutputC
     options.encoding = QStringLiteral("UTF-8"); // a text on the clipboard has none
     OutputFile file(options, context, messages);
     QString text;
-    if (!file.canWrite() ||
-        makeDelimitedText(options, dataset, &text, messages, progress) != WriteResult::Written) {
+    if (!file.canWrite(dataset) || makeText(options, context.name, dataset, &text, messages,
+                                            progress) != WriteResult::Written) {
         return;
     }
     if (context.setClipboard(text)) {

@@ -271,6 +271,16 @@ QByteArray SafeFile::oldTail(int size) const
     return oldBytes(m_oldSize - count, count);
 }
 
+bool SafeFile::cutOld(qint64 size)
+{
+    const qint64 kept = m_oldSize - size;
+    if (m_file < 0) {
+        return false;
+    }
+    return (::ftruncate(m_file, kept) == 0 && ::lseek(m_file, kept, SEEK_SET) == kept) ||
+           fail(errno);
+}
+
 bool SafeFile::write(const char *bytes, qint64 size)
 {
     if (m_file < 0) {

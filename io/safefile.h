@@ -28,6 +28,8 @@ public:
     /// The first or last bytes of the old content, at most this many.
     QByteArray oldHead(int size) const;
     QByteArray oldTail(int size) const;
+    /// Drops this many bytes at the end of the old content; what is written comes in their place.
+    [[nodiscard]] bool cutOld(qint64 size);
     [[nodiscard]] bool write(const char *bytes, qint64 size);
     [[nodiscard]] bool commit();
 

@@ -36,20 +36,6 @@ bool isSurrogate(uint codePoint)
     return codePoint >= 0xd800 && codePoint <= 0xdfff;
 }
 
-/// The next code point of bytes as the tables store them; moves the position behind it.
-uint nextCodePoint(std::string_view utf8, size_t *position)
-{
-    const auto byte = [&](size_t i) { return uint(uchar(utf8[*position + i])); };
-    const uint lead = byte(0);
-    const size_t length = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
-    uint codePoint = length == 1 ? lead : lead & (0x7fu >> length);
-    for (size_t i = 1; i < length && *position + i < utf8.size(); ++i) {
-        codePoint = codePoint << 6 | (byte(i) & 0x3f);
-    }
-    *position = std::min(*position + length, utf8.size());
-    return codePoint;
-}
-
 } // namespace
 
 OutputCodec::OutputCodec(const QString &name)
@@ -113,6 +99,12 @@ QByteArray OutputCodec::encoded(const QString &text) const
         dropSurplus(text, &bytes);
     }
     return bytes;
+}
+
+QString OutputCodec::decoded(const QByteArray &bytes) const
+{
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    return m_codec->toUnicode(bytes.constData(), bytes.size(), &state);
 }
 
 std::unique_ptr<QTextEncoder> OutputCodec::makeEncoder() const
@@ -192,7 +184,7 @@ bool TextEncoder::replaceUnencodable(std::string_view utf8, std::string *out) co
     out->clear();
     for (size_t at = 0; at < utf8.size();) {
         const size_t start = at;
-        if (m_codec.holds(nextCodePoint(utf8, &at))) {
+        if (m_codec.holds(Utf8::nextCodePoint(utf8, &at))) {
             out->append(utf8.substr(start, at - start));
         } else {
             out->push_back('?');

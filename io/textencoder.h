@@ -32,6 +32,8 @@ public:
     QByteArray byteOrderMark() const;
     /// Without a byte-order mark.
     QByteArray encoded(const QString &text) const;
+    /// The text of bytes in this encoding; a byte-order mark is a character like any other.
+    QString decoded(const QByteArray &bytes) const;
     /// For encoding a text in parts with encodedPart(); without a byte-order mark.
     std::unique_ptr<QTextEncoder> makeEncoder() const;
     QByteArray encodedPart(QTextEncoder *encoder, const QString &text) const;

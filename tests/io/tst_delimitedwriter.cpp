@@ -1,8 +1,8 @@
-#include "delimitedwriter.h"
 #include "messages.h"
 #include "outputoptions.h"
 #include "outputtesttools.h"
 #include "testsupport.h"
+#include "textoutput.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -194,6 +194,31 @@ private Q_SLOTS:
         QVERIFY(!m_messages.failed);
     }
 
+    void countsWhatStartsLikeFormula_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<bool>("isFormula");
+        for (const char *value : {"=1+1", "+A1", "-A1", "@SUM(A1)", "\tx", "\r=1", "-", "+44 20",
+                                  "--5", "=", "-1.2.3"}) {
+            QTest::newRow(qPrintable(QString::fromLatin1(value).toHtmlEscaped()))
+                << QString::fromLatin1(value) << true;
+        }
+        for (const char *value : {"", "a=1", "-5", "+5", "-1,234.50", "-1e-5", " =1", "'=1"}) {
+            QTest::newRow(value) << QString::fromLatin1(value) << false;
+        }
+    }
+
+    void countsWhatStartsLikeFormula()
+    {
+        QFETCH(QString, value);
+        QFETCH(bool, isFormula);
+        write(optionsWith(OutputQuoting::AsNeeded, QStringLiteral(";")),
+              tableOf({value}, {{value}, {QStringLiteral("x")}, {value}}));
+        QCOMPARE(m_messages.information.join(QLatin1Char('|')),
+                 isFormula ? QStringLiteral("3 value(s) start like a formula.") : QString());
+        QVERIFY(contentOf(m_path).contains(value.toLatin1()));
+    }
+
     void readsBackTheSame_data()
     {
         QTest::addColumn<OutputQuoting>("quoting");
@@ -357,8 +382,8 @@ private Q_SLOTS:
         QFETCH(OutputOptions, options);
         QFETCH(QString, reason);
         makeFile(m_path, "old");
-        QCOMPARE(int(writeDelimitedFile(options, m_path, tableOf({}, {{QString()}}), &m_messages,
-                                        Progress())),
+        QCOMPARE(int(writeTextFile(options, m_path, QString(), tableOf({}, {{QString()}}),
+                                   &m_messages, Progress())),
                  int(WriteResult::Failed));
         QVERIFY(m_messages.failed);
         QVERIFY2(m_messages.warnings.value(0).contains(reason),
@@ -490,8 +515,8 @@ private Q_SLOTS:
             reported.append(fraction);
             return reported.size() < 3;
         };
-        QCOMPARE(int(writeDelimitedFile(OutputOptions(), m_path, tableOf({}, rows), &m_messages,
-                                        progress)),
+        QCOMPARE(int(writeTextFile(OutputOptions(), m_path, QString(), tableOf({}, rows),
+                                   &m_messages, progress)),
                  int(WriteResult::Stopped));
         QCOMPARE(reported, (QVector<double>{0, 1000.0 / 3500, 2000.0 / 3500}));
         QCOMPARE(contentOf(m_path), QByteArray("old"));
@@ -503,7 +528,7 @@ private:
     void write(const OutputOptions &options, const Dataset &table)
     {
         const WriteResult result =
-            writeDelimitedFile(options, m_path, table, &m_messages, Progress());
+            writeTextFile(options, m_path, QString(), table, &m_messages, Progress());
         QVERIFY2(result == WriteResult::Written, qPrintable(m_messages.warnings.value(0)));
     }
 

@@ -2,6 +2,7 @@
 #include "outputtesttools.h"
 #include "outputwriter.h"
 #include "testsupport.h"
+#include "textoutput.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -186,7 +187,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<FileType>("type");
         for (const FileType type : fileTypes()) {
-            if (type != FileType::DelimitedText) {
+            if (!isTextOutput(type)) {
                 QTest::newRow(qPrintable(fileTypeLabel(type))) << type;
             }
         }
