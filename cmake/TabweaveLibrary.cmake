@@ -12,14 +12,18 @@ function(tw_library name)
         <algorithm> <functional> <memory> <string> <string_view> <vector>)
 endfunction()
 
-# tw_test(NAME SOURCES ... DEPENDS ...)
+# tw_test(NAME [WINDOW] SOURCES ... DEPENDS ...)
 #
 # One test program per folder: linking costs more than testing. Each source holds one QObject test class, registered
-# with TW_TEST_CLASS; the program's main runs all of them.
+# with TW_TEST_CLASS; the program's main runs all of them. WINDOW: the tests use widgets.
 function(tw_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    cmake_parse_arguments(ARG "WINDOW" "" "SOURCES;DEPENDS" ${ARGN})
+    set(support tw_testsupport)
+    if(ARG_WINDOW)
+        set(support tw_windowtestsupport)
+    endif()
     add_executable(test_${name} ${ARG_SOURCES})
-    target_link_libraries(test_${name} PRIVATE ${ARG_DEPENDS} tw_testsupport)
+    target_link_libraries(test_${name} PRIVATE ${ARG_DEPENDS} ${support})
     # Tests hold many short literals; the program does not.
     target_compile_options(test_${name} PRIVATE -UQT_NO_CAST_FROM_ASCII)
     add_test(NAME ${name} COMMAND test_${name})

@@ -1,6 +1,10 @@
 #include "testsupport.h"
 
+#ifdef TW_TEST_WINDOW
+#include <QApplication>
+#else
 #include <QCoreApplication>
+#endif
 #include <QLocale>
 #include <vector>
 
@@ -24,7 +28,11 @@ TestRegistration::TestRegistration(Make make)
 int main(int argc, char **argv)
 {
     qputenv("TZ", "UTC");
+#ifdef TW_TEST_WINDOW
+    QApplication application(argc, argv);
+#else
     QCoreApplication application(argc, argv);
+#endif
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
     int failures = 0;
     for (const TestRegistration::Make &make : registrations()) {
