@@ -3,8 +3,9 @@
 #include "dataset.h"
 
 #include <QCoreApplication>
-#include <rapidjson/memorystream.h>
-#include <rapidjson/reader.h>
+#include <algorithm>
+#include <cctype>
+#include <cstring>
 #include <vector>
 
 namespace {
@@ -71,12 +72,131 @@ NumberParts scanNumber(std::string_view text)
     return parts;
 }
 
-bool isSafeNumber(std::string_view text)
+/// Checks by the letter of the standard; the reader of inputs is more lenient.
+class ValueCheck
 {
-    const NumberParts parts = scanNumber(text);
-    return parts.isNumber && parts.digits <= mostDigits && parts.exponent <= largestExponent &&
-           text != "-0";
-}
+public:
+    explicit ValueCheck(std::string_view text)
+        : m_text(text)
+    {
+    }
+
+    bool passes()
+    {
+        bool wantsValue = true;
+        for (;;) {
+            if (wantsValue && !skipValue(&wantsValue)) {
+                return false;
+            }
+            if (wantsValue) {
+                continue; // an object or array has begun
+            }
+            skipSpace();
+            if (m_open.empty()) {
+                return m_at == m_text.size();
+            }
+            const char close = m_open.back() ? '}' : ']';
+            if (skip(close)) {
+                m_open.pop_back();
+            } else if (!skip(',') || (m_open.back() && !skipKey())) {
+                return false;
+            } else {
+                wantsValue = true;
+            }
+        }
+    }
+
+private:
+    char next() const { return m_at < m_text.size() ? m_text[m_at] : '\0'; }
+    void skipSpace()
+    {
+        while (next() == ' ' || next() == '\t' || next() == '\n' || next() == '\r') {
+            ++m_at;
+        }
+    }
+    bool skip(char c)
+    {
+        skipSpace();
+        const bool found = m_at < m_text.size() && m_text[m_at] == c;
+        m_at += found ? 1 : 0;
+        return found;
+    }
+    bool skipWord(std::string_view word)
+    {
+        const bool found = m_text.substr(m_at, word.size()) == word;
+        m_at += found ? word.size() : 0;
+        return found;
+    }
+    bool skipKey() { return skip('"') && skipString() && skip(':'); }
+
+    /// `opened`: what was met is the beginning of an object or array that has a first value.
+    bool skipValue(bool *opened)
+    {
+        *opened = false;
+        if (skip('{')) {
+            if (!skip('}')) {
+                m_open.push_back(true);
+                *opened = true;
+                return skipKey();
+            }
+            return true;
+        }
+        if (skip('[')) {
+            if (!skip(']')) {
+                m_open.push_back(false);
+                *opened = true;
+            }
+            return true;
+        }
+        if (skip('"')) {
+            return skipString();
+        }
+        return skipWord("true") || skipWord("false") || skipWord("null") || skipNumber();
+    }
+
+    bool skipNumber()
+    {
+        const size_t end =
+            std::min(m_text.find_first_not_of("+-.0123456789eE", m_at), m_text.size());
+        const bool found = scanNumber(m_text.substr(m_at, end - m_at)).isNumber;
+        m_at = end;
+        return found;
+    }
+
+    /// From behind the opening quote.
+    bool skipString()
+    {
+        while (m_at < m_text.size()) {
+            const char c = m_text[m_at++];
+            if (c == '"') {
+                return true;
+            }
+            if (uchar(c) < 0x20 || (c == '\\' && !skipEscape())) {
+                return false;
+            }
+        }
+        return false;
+    }
+    bool skipEscape()
+    {
+        const char c = next();
+        ++m_at;
+        if (c != 'u') {
+            return c != '\0' && strchr("\"\\/bfnrt", c);
+        }
+        for (int i = 0; i < 4; ++i, ++m_at) {
+            if (!isxdigit(uchar(next()))) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::string_view m_text;
+    size_t m_at = 0;
+    /// What has begun and not ended yet: true for objects.
+    std::vector<bool> m_open;
+};
 
 } // namespace
 
@@ -102,6 +222,13 @@ bool isJsonNumber(std::string_view utf8)
     return scanNumber(utf8).isNumber;
 }
 
+bool isSafeJsonNumber(std::string_view utf8)
+{
+    const NumberParts parts = scanNumber(utf8);
+    return parts.isNumber && parts.digits <= mostDigits && parts.exponent <= largestExponent &&
+           utf8 != "-0";
+}
+
 JsonType automaticJsonType(const ColumnReader &reader, int rowCount)
 {
     const bool remembers = reader.isPooled() && reader.codeCount() / 2 <= uint(rowCount);
@@ -123,7 +250,7 @@ JsonType automaticJsonType(const ColumnReader &reader, int rowCount)
         }
         hasValues = true;
         isBoolean = isBoolean && (value == "true" || value == "false");
-        isNumber = isNumber && isSafeNumber(value);
+        isNumber = isNumber && isSafeJsonNumber(value);
     }
     if (!hasValues) {
         return JsonType::String;
@@ -133,11 +260,5 @@ JsonType automaticJsonType(const ColumnReader &reader, int rowCount)
 
 bool isJsonValue(std::string_view utf8)
 {
-    rapidjson::MemoryStream stream(utf8.data(), utf8.size());
-    rapidjson::Reader reader;
-    rapidjson::BaseReaderHandler<> handler;
-    return !reader
-                .Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag>(
-                    stream, handler)
-                .IsError();
+    return ValueCheck(utf8).passes();
 }

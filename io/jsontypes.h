@@ -14,6 +14,8 @@ JsonType jsonTypeOf(const QString &text);
 
 /// A text that stands for a number in JSON as it is.
 bool isJsonNumber(std::string_view utf8);
+/// The same, with digits and a range that common readers keep.
+bool isSafeJsonNumber(std::string_view utf8);
 /// Boolean or Number when every non-empty value reads back to the same text from it, else String.
 /// Numbers beyond the digits and the range that common readers keep count as texts.
 JsonType automaticJsonType(const ColumnReader &reader, int rowCount);

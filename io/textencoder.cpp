@@ -82,7 +82,11 @@ bool OutputCodec::holds(const QString &text) const
 /// Not every codec tells what it could not encode, so the way there and back has to.
 bool OutputCodec::survives(uint codePoint) const
 {
-    const QString text = QString::fromUcs4(&codePoint, 1);
+    // QString::fromUcs4() would take U+FEFF for a byte-order mark.
+    const QString text = QChar::requiresSurrogates(codePoint)
+                             ? QString(QChar(QChar::highSurrogate(codePoint))) +
+                                   QChar(QChar::lowSurrogate(codePoint))
+                             : QString(QChar(ushort(codePoint)));
     return m_codec->toUnicode(encoded(text)) == text;
 }
 

@@ -2,13 +2,18 @@
 
 #include "dataset.h"
 #include "delimitedwriter.h"
+#include "htmlwriter.h"
 #include "jsonwriter.h"
+#include "markdownwriter.h"
 #include "messages.h"
 #include "outputoptions.h"
 #include "safefile.h"
 #include "textencoder.h"
 #include "textformat.h"
 #include "utf8.h"
+#include "vcardwriter.h"
+#include "xmlwriter.h"
+#include "yamlwriter.h"
 
 #include <QCoreApplication>
 #include <memory>
@@ -36,8 +41,18 @@ std::unique_ptr<TextFormat> make(const TextJob &job)
 std::unique_ptr<TextFormat> makeFormat(const TextJob &job)
 {
     switch (job.options.fileType) {
+    case FileType::Html:
+        return make<HtmlWriter>(job);
     case FileType::Json:
         return make<JsonWriter>(job);
+    case FileType::Markdown:
+        return make<MarkdownWriter>(job);
+    case FileType::VCard:
+        return make<VCardWriter>(job);
+    case FileType::Xml:
+        return make<XmlWriter>(job);
+    case FileType::Yaml:
+        return make<YamlWriter>(job);
     default:
         return make<DelimitedWriter>(job);
     }
@@ -157,8 +172,10 @@ bool FileJob::resume(TextFormat *format, bool withHeader, Messages *messages)
 {
     OldText old{m_codec.decoded(m_file.oldHead(lookedAt)),
                 m_codec.decoded(m_file.oldTail(lookedAt))};
-    if (old.head.startsWith(QChar(QChar::ByteOrderMark))) {
-        old.head.remove(0, 1);
+    for (QString *part : {&old.head, &old.tail}) {
+        if (part->startsWith(QChar(QChar::ByteOrderMark))) {
+            part->remove(0, 1);
+        }
     }
     QString lastPart;
     bool possible = format->canContinue(old, &lastPart);
@@ -206,7 +223,18 @@ bool FileJob::endsWithLineEnd() const
 
 bool isTextOutput(FileType type)
 {
-    return type == FileType::DelimitedText || type == FileType::Json;
+    switch (type) {
+    case FileType::DelimitedText:
+    case FileType::Html:
+    case FileType::Json:
+    case FileType::Markdown:
+    case FileType::VCard:
+    case FileType::Xml:
+    case FileType::Yaml:
+        return true;
+    default:
+        return false;
+    }
 }
 
 bool checkTextOutput(const OutputOptions &options, const Dataset &dataset, Messages *messages)
