@@ -62,6 +62,13 @@ void RecordFormat::watchForControls()
     std::fill(m_watched.begin(), m_watched.begin() + 0x20, true);
 }
 
+void RecordFormat::watchInEscapes(const char *characters)
+{
+    for (; *characters; ++characters) {
+        m_watched[uchar(*characters)] = true;
+    }
+}
+
 bool RecordFormat::isPlain(int, std::string_view)
 {
     return true;
@@ -119,6 +126,36 @@ std::string RecordFormat::encodable(const QString &text)
     return bytes;
 }
 
+void RecordFormat::replaceCharacter(uint codePoint, std::string *out)
+{
+    if (m_replacedValues == 0 && !m_hasReplaced) {
+        m_firstReplaced = codePoint;
+    }
+    m_hasReplaced = true;
+    if (this->out()->codec().holds(QChar::ReplacementCharacter)) {
+        Utf8::encode(QString(QChar(QChar::ReplacementCharacter)), out);
+    } else {
+        escapeUnencodable(QChar::ReplacementCharacter, out);
+    }
+}
+
+std::string RecordFormat::cleanComment(const QString &text, bool (*isAllowed)(uint codePoint))
+{
+    const std::string bytes = Utf8::encoded(text);
+    std::string clean;
+    for (size_t at = 0; at < bytes.size();) {
+        const size_t start = at;
+        const uint c = Utf8::nextCodePoint(bytes, &at);
+        if (!isAllowed(c)) {
+            replaceCharacter(c, &clean);
+        } else {
+            clean.append(bytes, start, at - start);
+        }
+    }
+    endValue();
+    return encodable(Utf8::decoded(clean));
+}
+
 void RecordFormat::useRealLineEnds()
 {
     if (options().lineEnding == LineEnding::RecordSeparator) {
@@ -142,6 +179,8 @@ void RecordFormat::endValue()
 {
     m_lostValues += m_hasLost ? 1 : 0;
     m_hasLost = false;
+    m_replacedValues += m_hasReplaced ? 1 : 0;
+    m_hasReplaced = false;
 }
 
 QStringList RecordFormat::uniqueNames(Messages *messages) const
@@ -196,6 +235,9 @@ bool RecordFormat::addRows(const Progress &progress)
                 {column, reader, std::vector<quint8>(remembers ? reader.codeCount() : 0)});
         }
     }
+    if (columns == 0) {
+        return addEmptyRows(progress);
+    }
     const auto writeBlock = [&](const std::string_view *cells, int firstRow, int rowCount) {
         if (!m_judged.empty()) {
             m_isPlain.resize(size_t(rowCount) * size_t(columns));
@@ -207,6 +249,19 @@ bool RecordFormat::addRows(const Progress &progress)
         return !out()->hasFailed();
     };
     return forEachCellBlock(dataset(), progress, writeBlock) && !out()->hasFailed();
+}
+
+/// Rows of a table that has lost all its columns.
+bool RecordFormat::addEmptyRows(const Progress &progress)
+{
+    const int rows = dataset().rowCount();
+    for (int row = 0; row < rows && !out()->hasFailed(); ++row) {
+        if (row % progressInterval == 0 && !reportProgress(progress, double(row) / rows)) {
+            return false;
+        }
+        addRow(nullptr, nullptr);
+    }
+    return !out()->hasFailed();
 }
 
 void RecordFormat::judge(int firstRow, int rowCount)
@@ -247,9 +302,7 @@ void RecordFormat::addRow(const std::string_view *cells, const quint8 *isPlain)
         }
         hasFields = true;
     }
-    if (!hasFields) {
-        write(m_frame.noFields);
-    }
+    write(hasFields ? m_frame.fieldsEnd : m_frame.noFields);
     write(m_frame.rowEnd);
 }
 
@@ -299,6 +352,16 @@ void RecordFormat::tell(Messages *messages) const
                      .arg(lineEndingLabel(LineEnding::RecordSeparator, true),
                           fileTypeLabel(options().fileType),
                           lineEndingLabel(LineEnding::Unix, true)));
+    }
+    if (m_replacedValues > 0) {
+        messages->warn(
+            translated(QT_TRANSLATE_NOOP("RecordFormat",
+                                         "%1 value(s) contain characters that %2 does not allow, "
+                                         "the first of them is U+%3. They are written as U+FFFD."))
+                .arg(Texts::count(m_replacedValues), fileTypeLabel(options().fileType),
+                     QString::number(m_firstReplaced, 16)
+                         .toUpper()
+                         .rightJustified(4, QLatin1Char('0'))));
     }
     warnOfUnencodable(m_lostValues, out()->codec(), messages);
 }

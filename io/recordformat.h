@@ -47,6 +47,8 @@ protected:
         std::string rowEnd;
         /// Between two fields.
         std::string separator;
+        /// Behind the fields of a row that has any.
+        std::string fieldsEnd;
         /// In place of the fields of a row that has none.
         std::string noFields;
         bool omitsEmpty = false;
@@ -56,6 +58,8 @@ protected:
     std::vector<Field> &fields() { return m_fields; }
     void watchFor(const char *characters);
     void watchForControls();
+    /// The same, in any number, for formats in which no field is plain by its bytes.
+    void watchInEscapes(const char *characters);
     bool isWatched(char byte) const { return m_watched[uchar(byte)]; }
 
     virtual bool isPlain(int column, std::string_view value);
@@ -77,6 +81,11 @@ protected:
     void write(std::string_view bytes);
     void writeLine(std::string_view line);
     void countLost() { m_hasLost = true; }
+    /// Appends U+FFFD in place of a character that the format does not allow. tell() says in how
+    /// many values.
+    void replaceCharacter(uint codePoint, std::string *out);
+    /// A comment without any escaping, but with U+FFFD for each character that is not allowed.
+    std::string cleanComment(const QString &text, bool (*isAllowed)(uint codePoint));
     /// To be called after each value that is written without writeRow().
     void endValue();
 
@@ -85,6 +94,7 @@ protected:
     QStringList uniqueNames(Messages *messages) const;
 
 private:
+    bool addEmptyRows(const Progress &progress);
     void judge(int firstRow, int rowCount);
     void addRow(const std::string_view *cells, const quint8 *isPlain);
     void addField(int column, std::string_view value, bool withSeparator, bool isPlain);
@@ -100,6 +110,9 @@ private:
     bool m_hasRows = false;
     bool m_hasLost = false;
     qint64 m_lostValues = 0;
+    bool m_hasReplaced = false;
+    qint64 m_replacedValues = 0;
+    uint m_firstReplaced = 0;
     // What is known of the columns that are judged by value.
     struct Judged
     {

@@ -191,7 +191,7 @@ bool FileJob::resume(TextFormat *format, bool withHeader, Messages *messages)
                 .arg(m_path, fileTypeLabel(m_options.fileType), m_codec.name()));
         return false;
     }
-    const bool hasLines = withHeader || (m_dataset.hasRows() && m_dataset.hasColumns());
+    const bool hasLines = withHeader || m_dataset.hasRows();
     if (!lastPart.isEmpty()) {
         if (!m_file.cutOld(m_lastPart.size())) {
             return false;

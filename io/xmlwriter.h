@@ -2,9 +2,9 @@
 
 #include "recordformat.h"
 
-/// Writes an XML document with an element for each row and within it one for each column. What the
-/// encoding cannot hold is written as a character reference; what XML cannot hold becomes U+FFFD
-/// and is counted.
+/// Writes an XML document: an element for each row in the root element, and in it one for each
+/// column. Nothing is written unless all names can be names of elements and the texts around the
+/// rows leave the document well-formed.
 class XmlWriter final : public RecordFormat
 {
 public:
@@ -17,25 +17,24 @@ public:
     bool canContinue(const OldText &old, QString *lastPart) override;
     void resume(bool withHeader) override;
     void end() override;
-    void tell(Messages *messages) const override;
 
 protected:
-    void format(int column, std::string_view value, std::string *out) override;
     bool escapeCharacter(uint codePoint, std::string *out) override;
     void escapeUnencodable(uint codePoint, std::string *out) override;
 
 private:
-    QString rootName() const;
-    QString rowName() const;
-    QString comment() const;
     QStringList elementNames(Messages *messages) const;
-    bool checkFrame(Messages *messages) const;
+    bool checkEncoding(Messages *messages) const;
+    bool checkColumnNames(Messages *messages) const;
+    bool checkSurroundings(Messages *messages) const;
+    bool isWellFormed(const QString &above, const QString &below, QString *error) const;
+    bool endsWithOtherElement(const QString &text) const;
+    bool isEncodedAlike(const QString &declared) const;
+    std::string declaration() const;
+    void writeComment();
+    void writeAsIs(const QString &text);
 
-    /// The document that rows are added to ends its last row without a line end.
-    bool m_needsLineEnd = false;
-    bool m_hasImpossible = false;
-    qint64 m_impossibleValues = 0;
+    QString m_root;
+    QString m_row;
+    bool m_startsInLine = false;
 };
-
-/// The reasons why a name cannot be that of an element; empty when it can.
-QString xmlNameProblems(const QString &name);

@@ -3,13 +3,24 @@
 #include "jsontypes.h"
 #include "utf8.h"
 
-#include <QLatin1String>
-#include <QRegularExpression>
-#include <QString>
 #include <algorithm>
 #include <cstring>
 
 namespace {
+
+constexpr const char *digits = "0123456789";
+// With one zero more, readers spell a number with an exponent.
+constexpr std::string_view tooSmall = "0.0000";
+
+// What YAML 1.1 or 1.2 takes for a truth value, nothing, a number, a default or a merge. Python
+// spells true in another way, too.
+constexpr std::string_view typeWords[] = {
+    "~",    "null", "Null", "NULL", "true",  "True",  "TRUE",  "false", "False", "FALSE",
+    "yes",  "Yes",  "YES",  "no",   "No",    "NO",    "on",    "On",    "ON",    "off",
+    "Off",  "OFF",  "y",    "Y",    "n",     "N",     "=",     "<<",    ".nan",  ".NaN",
+    ".NAN", ".inf", ".Inf", ".INF", "-.inf", "-.Inf", "-.INF", "+.inf", "+.Inf", "+.INF",
+};
+constexpr size_t longestTypeWord = 5;
 
 bool isDigit(char c)
 {
@@ -21,112 +32,168 @@ bool isBlank(char c)
     return c == ' ' || c == '\t';
 }
 
-/// Characters that readers refuse, or take for line breaks, outside double quotes.
-bool isPrintable(uint c)
+/// Walks over a text from its start.
+class Scanner
 {
-    return (c >= 0x20 && c < 0x7f) || (c >= 0xa0 && !QChar::isSurrogate(c) && c != 0x2028 &&
-                                       c != 0x2029 && c != 0xfeff && c != 0xfffe && c != 0xffff);
+public:
+    explicit Scanner(std::string_view text)
+        : m_rest(text)
+    {
+    }
+
+    bool at(const char *characters) const
+    {
+        return !m_rest.empty() && m_rest[0] != '\0' && strchr(characters, m_rest[0]);
+    }
+    bool accept(const char *characters)
+    {
+        const bool accepted = at(characters);
+        m_rest.remove_prefix(accepted ? 1 : 0);
+        return accepted;
+    }
+    size_t skip(const char *characters)
+    {
+        size_t count = 0;
+        while (accept(characters)) {
+            ++count;
+        }
+        return count;
+    }
+    bool atEnd() const { return m_rest.empty(); }
+
+private:
+    std::string_view m_rest;
+};
+
+/// Readers differ, so this is what any of them takes for a number: with "_" or "," in between, in
+/// other bases, "1:30" to the base of 60, with digits on one side of the point only.
+bool looksLikeNumber(std::string_view value)
+{
+    Scanner scanner(value);
+    scanner.accept("+-");
+    const bool startsWithZero = scanner.at("0");
+    const bool startsWithDigit = scanner.at(digits);
+    const size_t whole = startsWithDigit ? scanner.skip("0123456789_,") : 0;
+    if (startsWithZero && whole == 1 && scanner.accept("xXoObB")) {
+        return scanner.skip("0123456789abcdefABCDEF_") > 0 && scanner.atEnd();
+    }
+    while (startsWithDigit && scanner.accept(":")) {
+        if (scanner.skip(digits) == 0) {
+            return false;
+        }
+    }
+    if (scanner.accept(".")) {
+        if (!startsWithDigit && !scanner.at(digits)) {
+            return false;
+        }
+        scanner.skip("0123456789_");
+    } else if (!startsWithDigit) {
+        return false;
+    }
+    if (scanner.accept("eE")) {
+        scanner.accept("+-");
+        return scanner.skip(digits) > 0 && scanner.atEnd();
+    }
+    return scanner.atEnd();
 }
 
-bool isPrintable(std::string_view utf8)
+/// A date, or a date with something behind it that may be a time.
+bool looksLikeDate(std::string_view value)
 {
-    for (size_t at = 0; at < utf8.size();) {
-        const char c = utf8[at];
+    Scanner scanner(value);
+    if (scanner.skip(digits) != 4 || !scanner.accept("-")) {
+        return false;
+    }
+    const size_t month = scanner.skip(digits);
+    if (month < 1 || month > 2 || !scanner.accept("-")) {
+        return false;
+    }
+    const size_t day = scanner.skip(digits);
+    return day >= 1 && day <= 2 && (scanner.atEnd() || scanner.at("Tt \t"));
+}
+
+/// A number that readers spell in the same way again.
+bool isUsualNumber(std::string_view value)
+{
+    if (!isSafeJsonNumber(value) || value.find_first_of("eE") != std::string_view::npos) {
+        return false;
+    }
+    const std::string_view magnitude = value.substr(value[0] == '-' ? 1 : 0);
+    return value.find('.') == std::string_view::npos ||
+           (value.back() != '0' && magnitude.substr(0, tooSmall.size()) != tooSmall);
+}
+
+bool mayBeNumber(std::string_view value)
+{
+    return isDigit(value[0]) || value[0] == '-' || value[0] == '+' || value[0] == '.';
+}
+
+bool isTypeWord(std::string_view value)
+{
+    return value.size() <= longestTypeWord &&
+           std::find(std::begin(typeWords), std::end(typeWords), value) != std::end(typeWords);
+}
+
+bool mayStart(std::string_view text)
+{
+    if (text[0] == '-' || text[0] == '?') {
+        return text.size() > 1 && !isBlank(text[1]);
+    }
+    return !strchr(" :,[]{}#&*!|>'\"%@`", text[0]);
+}
+
+/// Whether a text can stand without quotes at all, whatever readers make of it.
+bool hasPlainForm(std::string_view text)
+{
+    if (text.empty() || !mayStart(text) || text.back() == ' ' || text.back() == ':') {
+        return false;
+    }
+    for (size_t at = 0; at < text.size();) {
+        const char c = text[at];
+        if ((c == ':' && isBlank(text[at + 1])) || (c == '#' && isBlank(text[at - 1])) ||
+            c == '\t') {
+            return false;
+        }
         if (c >= 0x20 && c < 0x7f) {
             ++at;
-        } else if (!isPrintable(Utf8::nextCodePoint(utf8, &at))) {
+        } else if (!YamlText::isPrintable(Utf8::nextCodePoint(text, &at))) {
             return false;
         }
     }
     return true;
 }
 
-/// Whether a text can be a plain scalar at all, whatever readers make of it.
-bool hasPlainForm(std::string_view text)
-{
-    if (text.empty() || isBlank(text.front()) || isBlank(text.back())) {
-        return false;
-    }
-    const char first = text.front();
-    if (strchr(",[]{}#&*!|>'\"%@`", first)) {
-        return false;
-    }
-    // These begin something only in front of a blank.
-    if (strchr("-?:", first) && (text.size() == 1 || isBlank(text[1]))) {
-        return false;
-    }
-    if (text.back() == ':' || text.substr(0, 3) == "---" || text.substr(0, 3) == "...") {
-        return false;
-    }
-    for (size_t i = 1; i < text.size(); ++i) {
-        if ((text[i] == '#' && isBlank(text[i - 1])) || (isBlank(text[i]) && text[i - 1] == ':')) {
-            return false;
-        }
-    }
-    return isPrintable(text);
-}
-
-/// Words that readers of one version or the other take for something else.
-bool isReservedWord(std::string_view text)
-{
-    static const char *const words[] = {"~",    "null",  "y",  "yes", "n", "no",
-                                        "true", "false", "on", "off", "=", "<<"};
-    return text.size() <= 5 &&
-           std::any_of(std::begin(words), std::end(words), [&](const char *word) {
-               return text.size() == strlen(word) &&
-                      qstrnicmp(text.data(), word, uint(text.size())) == 0;
-           });
-}
-
-/// A number of any spelling, or a date: for readers of 1.1 also with underscores, colons or bases.
-bool looksLikeNumber(std::string_view text)
-{
-    const char first = text.front();
-    if (!isDigit(first) && first != '+' && first != '-' && first != '.') {
-        return false;
-    }
-    if (text.size() > 4 && isDigit(text[0]) && isDigit(text[1]) && isDigit(text[2]) &&
-        isDigit(text[3]) && text[4] == '-') {
-        return text.size() > 5 && isDigit(text[5]);
-    }
-    static const QRegularExpression number(QStringLiteral(
-        "\\A[-+]?(0b[01_]+|0o[0-7]+|0x[0-9a-fA-F_]+|"
-        "([0-9][0-9_]*)?\\.?[0-9_.]*([eE][-+]?[0-9]+)?|"
-        "[0-9][0-9_]*(:[0-5]?[0-9])+(\\.[0-9_]*)?|\\.(inf|Inf|INF|nan|NaN|NAN))\\z"));
-    // Longer ones are no numbers that any reader would keep as such; better safe.
-    return text.size() > 1000 ||
-           number.match(QString::fromUtf8(text.data(), int(text.size()))).hasMatch();
-}
-
-/// A number whose text a reader makes again from its value: no exponent, no zero too much at either
-/// end.
-bool isCanonicalNumber(std::string_view text)
-{
-    const bool hasPoint = text.find('.') != std::string_view::npos;
-    return isSafeJsonNumber(text) && text.find_first_of("eE") == std::string_view::npos &&
-           !(hasPoint && text.back() == '0');
-}
-
 } // namespace
 
 bool YamlText::isPlain(std::string_view utf8)
 {
-    return utf8 == "true" || utf8 == "false" || isCanonicalNumber(utf8) || isPlainText(utf8);
+    return isUsualNumber(utf8) || isPlainText(utf8);
 }
 
 bool YamlText::isPlainText(std::string_view utf8)
 {
-    return hasPlainForm(utf8) && !isReservedWord(utf8) && !looksLikeNumber(utf8);
+    return hasPlainForm(utf8) && !isTypeWord(utf8) &&
+           !(mayBeNumber(utf8) && (looksLikeNumber(utf8) || looksLikeDate(utf8)));
+}
+
+bool YamlText::isPrintable(unsigned c)
+{
+    if (c < 0x80) {
+        return c == '\t' || (c >= 0x20 && c < 0x7f);
+    }
+    // Readers of YAML 1.1 end lines at U+0085, U+2028 and U+2029.
+    return (c >= 0xa0 && c < 0xd800 && c != 0x2028 && c != 0x2029) ||
+           (c >= 0xe000 && c < 0xfffe && c != 0xfeff) || c >= 0x10000;
 }
 
 void YamlText::appendEscape(unsigned codePoint, std::string *out)
 {
-    static const char digits[] = "0123456789abcdef";
+    static const char hexDigits[] = "0123456789abcdef";
     const int length = codePoint > 0xffff ? 8 : codePoint > 0xff ? 4 : 2;
     out->push_back('\\');
     out->push_back(length == 8 ? 'U' : length == 4 ? 'u' : 'x');
     for (int shift = 4 * (length - 1); shift >= 0; shift -= 4) {
-        out->push_back(digits[codePoint >> shift & 0xf]);
+        out->push_back(hexDigits[codePoint >> shift & 0xf]);
     }
 }
 

@@ -1,16 +1,41 @@
 #include "yamlwriter.h"
 
+#include "messages.h"
 #include "outputoptions.h"
 #include "textencoder.h"
+#include "texts.h"
 #include "utf8.h"
 #include "yamltext.h"
 
+#include <QCoreApplication>
 #include <QRegularExpression>
 
 namespace {
 
-// Readers take longer texts in front of a colon for values.
-constexpr int longestSimpleKey = 1000;
+// Readers look no further than 1024 characters for the colon behind a name.
+constexpr size_t longestSimpleKey = 1000;
+
+/// The lines that are neither empty nor comments nor indented.
+QStringList outermostLines(const QString &text)
+{
+    static const QRegularExpression lineEnd(QStringLiteral("\\r\\n|\\r|\\n"));
+    QStringList lines;
+    for (const QString &line : text.split(lineEnd, Qt::SkipEmptyParts)) {
+        const QChar first = line.front();
+        if (first != QLatin1Char('#') && first != QLatin1Char(' ') && first != QLatin1Char('\t')) {
+            lines.append(line);
+        }
+    }
+    return lines;
+}
+
+/// The start of an element that is a mapping, as far as its first line shows.
+bool startsRow(const QString &line)
+{
+    static const QRegularExpression start(
+        QStringLiteral("\\A-(?:[ \\t]*|[ \\t]+(?:\\{.*|[^\\[].*:(?:[ \\t].*)?))\\z"));
+    return start.match(line).hasMatch();
+}
 
 } // namespace
 
@@ -18,6 +43,9 @@ YamlWriter::YamlWriter(const TextJob &job)
     : RecordFormat(job)
 {
     useRealLineEnds();
+    watchForControls();
+    // The last three begin characters that readers refuse or end lines at.
+    watchInEscapes("\"\\\x7f\xc2\xe2\xef");
 }
 
 QString YamlWriter::syntax() const
@@ -33,35 +61,17 @@ bool YamlWriter::isHeld(std::string_view value) const
            codec.holds(Utf8::decoded(value));
 }
 
-void YamlWriter::appendQuoted(std::string_view value, std::string *text) const
+void YamlWriter::appendQuoted(std::string_view value, std::string *out)
 {
-    text->push_back('"');
-    size_t done = 0;
-    for (size_t at = 0; at < value.size();) {
-        const size_t start = at;
-        const uint c = Utf8::nextCodePoint(value, &at);
-        const auto flush = [&] {
-            text->append(value.substr(done, start - done));
-            done = at;
-        };
-        if (c >= 0x20 && c < 0x7f && c != '"' && c != '\\' && out()->codec().holdsAscii()) {
-            continue;
-        }
-        std::string escape;
-        if (YamlText::escapeCharacter(c, &escape)) {
-            flush();
-            text->append(escape);
-        } else if (!out()->codec().holds(c)) {
-            flush();
-            YamlText::appendEscape(c, text);
-        }
-    }
-    text->append(value.substr(done));
-    text->push_back('"');
+    out->push_back('"');
+    escape(value, out);
+    out->push_back('"');
+    m_surrogateValues += m_hasSurrogate ? 1 : 0;
+    m_hasSurrogate = false;
 }
 
 /// The name with the colon behind it.
-std::string YamlWriter::key(const QString &name) const
+std::string YamlWriter::key(const QString &name)
 {
     const std::string bytes = Utf8::encoded(name);
     std::string text;
@@ -70,7 +80,7 @@ std::string YamlWriter::key(const QString &name) const
     } else {
         appendQuoted(bytes, &text);
     }
-    return name.size() > longestSimpleKey ? "? " + text + lineEnd() + "  : " : text + ": ";
+    return text.size() > longestSimpleKey ? "? " + text + lineEnd() + "  : " : text + ": ";
 }
 
 bool YamlWriter::prepare(Messages *messages, const Progress &)
@@ -97,20 +107,29 @@ void YamlWriter::begin(bool)
             QStringLiteral("\\r\\n|[\\r\\n\\x{85}\\x{2028}\\x{2029}]"));
         const QStringList lines = options().fileComment.split(lineBreak);
         for (const QString &line : lines) {
-            writeLine('#' + encodable(line));
+            writeLine('#' + cleanComment(line, YamlText::isPrintable));
         }
     }
     writeLine("---");
 }
 
-/// Rows go to the end of a list that this writer made.
+/// Rows go to the end of a list of mappings that stands in the first column.
 bool YamlWriter::canContinue(const OldText &old, QString *)
 {
-    static const QRegularExpression start(
-        QStringLiteral("\\A(#[^\\r\\n]*(\\r\\n|\\r|\\n))*---\\s"));
-    static const QRegularExpression lastLine(
-        QStringLiteral("(\\A|[\\r\\n])(---|  [^\\r\\n]*)\\s*\\z"));
-    return start.match(old.head).hasMatch() && lastLine.match(old.tail).hasMatch();
+    QStringList first = outermostLines(old.head);
+    while (!first.isEmpty() && first.front().startsWith(QLatin1Char('%'))) {
+        first.removeFirst();
+    }
+    const bool hasStart = !first.isEmpty() && first.front().trimmed() == QLatin1String("---");
+    if (hasStart && first.size() == 1) {
+        return old.head == old.tail && old.head.trimmed().endsWith(first.front().trimmed());
+    }
+    QStringList last = outermostLines(old.tail);
+    if (old.tail != old.head && !last.isEmpty()) {
+        last.removeFirst(); // it need not be whole
+    }
+    return first.size() > (hasStart ? 1 : 0) && startsRow(first.at(hasStart ? 1 : 0)) &&
+           (last.isEmpty() || startsRow(last.back()));
 }
 
 bool YamlWriter::isPlain(int, std::string_view value)
@@ -123,7 +142,25 @@ void YamlWriter::format(int, std::string_view value, std::string *out)
     appendQuoted(value, out);
 }
 
-bool YamlWriter::escapeCharacter(uint, std::string *)
+bool YamlWriter::escapeCharacter(uint codePoint, std::string *out)
 {
-    return false; // comments only
+    m_hasSurrogate = m_hasSurrogate || QChar::isSurrogate(codePoint);
+    return YamlText::escapeCharacter(codePoint, out);
+}
+
+void YamlWriter::escapeUnencodable(uint codePoint, std::string *out)
+{
+    YamlText::appendEscape(codePoint, out);
+}
+
+void YamlWriter::tell(Messages *messages) const
+{
+    RecordFormat::tell(messages);
+    if (m_surrogateValues > 0) {
+        messages->warn(QCoreApplication::translate(
+                           "YamlWriter", "%1 value(s) contain half a character (an unpaired "
+                                         "surrogate). It is written as an escape, which not every "
+                                         "YAML reader accepts.")
+                           .arg(Texts::count(m_surrogateValues)));
+    }
 }

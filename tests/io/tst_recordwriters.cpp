@@ -97,7 +97,7 @@ private Q_SLOTS:
         xml.xmlRow = utf8("_r");
         addRow("XML with a frame", xml, {{utf8("1"), QString()}, {QString(), QString()}},
                "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- - - - -->\n<?pi?>\n<R>\n<meta/>\n"
-               "  <_r>\n    <a>1</a>\n  </_r>\n  <_r>\n  </_r>\n</R>\n");
+               "  <_r>\n    <a>1</a>\n  </_r>\n  <_r></_r>\n</R>\n");
 
         OutputOptions yaml = optionsFor(FileType::Yaml);
         addRow("YAML", yaml, {{utf8("no"), QString()}, {utf8("1.5"), utf8("a\nb")}},
@@ -319,8 +319,8 @@ private Q_SLOTS:
         options.encoding = "ISO-8859-1";
         write(options, table);
         QCOMPARE(m_messages.warnings,
-                 QStringList{"1 value(s) contain characters that XML cannot hold. They are "
-                             "replaced by U+FFFD."});
+                 QStringList{"1 value(s) contain characters that XML does not allow, the first of "
+                             "them is U+0001. They are written as U+FFFD."});
         m_messages.clear();
         options.fileType = FileType::Markdown;
         write(options, table);

@@ -22,6 +22,8 @@ TEXTS = [
     "yes", "Y", "on", "OFF", "true", "True", "false", "1", "-1", "+1", "0", "-0", "007", "0o7", "0x1F", "0b1",
     "1.5", "1.50", ".5", "5.", "1e3", "1E+3", "-1.5e-3", "12:30", "1:2:3.5", "1_000", "_1", ".inf", "-.INF", ".nan", "NaN",
     "inf", "2026-01-31", "2026-01-31 14:05:09", "2026-01-31T14:05:09Z", "2026-1", "20260131", "=", "<<", "=1+2",
+    "2026-02-30", "2026-1-5", "1,000", "08:30", "0X1f", "0.00001", "0.0001", "1.0", "-0.0", "1e", ".", "?x", ":x", "-x",
+    "[]", "{}", "- - a", "TRUE", "y", "nULL",
     "12345678901234567890", "0.1234567890123456789", "1e400", "10a", "1.2.3", "\u00e9\u20ac", "\U0001f600", "\u6f22\u5b57",
     "\x7f", "\u0085", "\u2028", "\u2029", "\ufeff", "e\u0301", "x" * 5000,
 ]
@@ -137,12 +139,6 @@ def check_html(referee):
         referee.compare(f"HTML in {encoding}", [names] + rows, cells.rows)
 
 
-def as_text(value):
-    if value is None:
-        return "null"
-    return str(value).lower() if isinstance(value, bool) else str(value)
-
-
 def check_yaml(referee):
     names, rows = table(5, CONTROLS + SURROGATES)
     names[0] = "a: b"
@@ -152,15 +148,25 @@ def check_yaml(referee):
             data = write(referee, names, rows, YAML, "yaml", encoding=encoding, bom=int(encoding == "UTF-16LE"),
                          remove_empty=remove_empty, file_comment=" one\n two")
             parsed = yaml.safe_load(data.decode(encoding).lstrip("\ufeff"))
-            actual = [[as_text(row.get(name, "")) for name in names] for row in parsed]
+            actual = [[str(row.get(name, "")) for name in names] for row in parsed]
             referee.compare(f"YAML in {encoding}, remove_empty {remove_empty}",
                             [[told_apart(v) for v in row] for row in rows],
                             [[told_apart(v) for v in row] for row in actual])
-            # Numbers and truth values stay what they are, all else is text.
-            kinds = {as_text(value): type(value).__name__ for row in parsed for value in row.values()}
+            # Numbers stay what they are, all else is text.
+            kinds = {str(value): type(value).__name__ for row in parsed for value in row.values()}
             referee.compare(f"YAML kinds in {encoding}, remove_empty {remove_empty}",
-                            ["int", "int", "float", "bool", "str", "str", "str"],
+                            ["int", "int", "float", "str", "str", "str", "str"],
                             [kinds[text] for text in ("0", "-1", "1.5", "true", "007", "2026-01-31", "12:30")])
+
+
+def check_yaml_names(referee):
+    """Any text can be a name."""
+    names = list(dict.fromkeys(text for text in TEXTS + CONTROLS + ["x" * 1000, "\x01" * 400] if text))
+    row = [str(number) for number in range(len(names))]
+    for encoding in ("UTF-8", "ISO-8859-1"):
+        data = write(referee, names, [row, row], YAML, "yaml", encoding=encoding)
+        parsed = yaml.safe_load(data.decode(encoding))
+        referee.compare(f"YAML names in {encoding}", [names, names], [list(each) for each in parsed])
 
 
 def check_markdown(referee):
@@ -205,7 +211,7 @@ def check_read_back(referee):
 
 def main():
     referee = Referee()
-    for check in (check_json, check_json_types, check_xml, check_html, check_yaml, check_markdown, check_vcard,
+    for check in (check_json, check_json_types, check_xml, check_html, check_yaml, check_yaml_names, check_markdown, check_vcard,
                   check_read_back):
         check(referee)
     referee.finish()
