@@ -4,6 +4,7 @@
 #include "textencoder.h"
 
 #include <QRegularExpression>
+#include <QStringList>
 
 namespace {
 
@@ -12,8 +13,22 @@ std::string indent(int depth)
     return std::string(size_t(depth) * 2, ' ');
 }
 
-// The end of a page that this writer made.
-const char pageEnd[] = "\\s*</tbody>\\s*</table>\\s*</body>\\s*</html>\\s*\\z";
+bool isLineBreak(QChar c)
+{
+    return c == QLatin1Char('\r') || c == QLatin1Char('\n') || c == QChar(0x1e);
+}
+
+/// The end of a page that this writer made, with any of its line endings.
+QString pageEnd()
+{
+    const QStringList parts{QString(),
+                            QStringLiteral("</tbody>"),
+                            QStringLiteral("</table>"),
+                            QStringLiteral("</body>"),
+                            QStringLiteral("</html>"),
+                            QStringLiteral("\\z")};
+    return parts.join(QLatin1String("[\\s\\x1e]*"));
+}
 
 } // namespace
 
@@ -87,9 +102,10 @@ void HtmlWriter::writeHeader()
 /// A page whose last row has another number of cells is left alone.
 bool HtmlWriter::canContinue(const OldText &old, QString *lastPart)
 {
-    static const QRegularExpression start(QStringLiteral("\\A(<!--.*?-->)?\\s*<!DOCTYPE html>"),
-                                          QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression end{QLatin1String(pageEnd)};
+    static const QRegularExpression start(
+        QStringLiteral("\\A(<!--.*?-->)?[\\s\\x1e]*<!DOCTYPE html>"),
+        QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression end(pageEnd());
     static const QRegularExpression cell(QStringLiteral("</t[dh]>"));
     const QRegularExpressionMatch match = end.match(old.tail);
     if (!start.match(old.head).hasMatch() || !match.hasMatch()) {
@@ -102,8 +118,7 @@ bool HtmlWriter::canContinue(const OldText &old, QString *lastPart)
     }
     // The line end behind the last row stays with it.
     int from = match.capturedStart();
-    while (from < old.tail.size() &&
-           (old.tail.at(from) == QLatin1Char('\r') || old.tail.at(from) == QLatin1Char('\n'))) {
+    while (from < old.tail.size() && isLineBreak(old.tail.at(from))) {
         ++from;
     }
     *lastPart = old.tail.mid(from);

@@ -199,7 +199,8 @@ private Q_SLOTS:
     {
         QFETCH(int, type);
         for (const char *encoding : {"UTF-8", "UTF-16LE", "ISO-8859-1"}) {
-            for (const LineEnding ending : {LineEnding::Unix, LineEnding::Windows}) {
+            for (const LineEnding ending :
+                 {LineEnding::Unix, LineEnding::Windows, LineEnding::RecordSeparator}) {
                 for (int split = 0; split <= 2; ++split) {
                     OutputOptions options = optionsFor(FileType(type));
                     options.encoding = utf8(encoding);
