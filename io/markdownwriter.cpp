@@ -116,8 +116,9 @@ bool MarkdownWriter::escapeCharacter(uint, std::string *)
 void MarkdownWriter::begin(bool withHeader)
 {
     if (!options().fileComment.isEmpty()) {
+        // Not only "-->" ends a comment: "--!>" does, and ">" or "->" at its start.
         QString comment = options().fileComment;
-        comment.replace(QLatin1String("-->"), QLatin1String("--&gt;"));
+        comment.replace(QLatin1Char('>'), QLatin1String("&gt;"));
         writeLine("<!--" + encodable(comment) + "-->");
     }
     if (withHeader && dataset().hasColumns()) {

@@ -117,6 +117,9 @@ private Q_SLOTS:
         markdown.writeHeader = false;
         addRow("Markdown without header", markdown, {{utf8("x"), utf8("y")}},
                "<!--c-->\n| x   | y   |\n");
+        markdown.fileComment = utf8("->a--!>b-->");
+        addRow("Markdown comment that would end early", markdown, {},
+               "<!---&gt;a--!&gt;b--&gt;-->\n");
 
         const QStringList none;
         QTest::newRow("XML without header")
