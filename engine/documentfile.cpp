@@ -132,6 +132,14 @@ void addRecord(const Node &node, DocumentRecords *records)
     }
 }
 
+void addConnectionRecord(const Connection &connection, DocumentRecords *records)
+{
+    ConnectionRecord record;
+    record.start = connection.from()->id();
+    record.end = connection.to()->id();
+    records->connections.append(record);
+}
+
 DocumentRecords recordsOf(const GraphScene &scene, const QString &path)
 {
     const DocumentSettings &settings = scene.document();
@@ -147,10 +155,7 @@ DocumentRecords recordsOf(const GraphScene &scene, const QString &path)
         addRecord(*node, &records);
     }
     for (const Connection *connection : scene.connections()) {
-        ConnectionRecord record;
-        record.start = connection->from()->id();
-        record.end = connection->to()->id();
-        records.connections.append(record);
+        addConnectionRecord(*connection, &records);
     }
     records.batchValues = settings.batchValues;
     records.batchLogging = settings.batchLogging;
@@ -246,6 +251,34 @@ bool DocumentFile::saveTo(QFileDevice *file, const QString &path, const GraphSce
                      .arg(path);
         return false;
     }
+    return true;
+}
+
+QByteArray DocumentFile::copyOf(const QList<Node *> &nodes, const GraphScene &scene)
+{
+    DocumentRecords records;
+    for (Node *node : scene.nodesByAddition()) {
+        if (nodes.contains(node)) {
+            addRecord(*node, &records);
+        }
+    }
+    for (const Connection *connection : scene.connections()) {
+        if (nodes.contains(connection->from()) && nodes.contains(connection->to())) {
+            addConnectionRecord(*connection, &records);
+        }
+    }
+    return DocumentXml::written(records);
+}
+
+bool DocumentFile::loadCopy(const QByteArray &bytes, const TransformCatalogue &catalogue,
+                            GraphScene *scene, QString *error)
+{
+    DocumentRecords records;
+    if (!DocumentXml::read(bytes, &records, error)) {
+        return false;
+    }
+    scene->clear();
+    DocumentLoader(catalogue, scene).load(records);
     return true;
 }
 

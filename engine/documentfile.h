@@ -1,9 +1,12 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
 class GraphScene;
+class Node;
 class QFileDevice;
 class TransformCatalogue;
 
@@ -32,6 +35,12 @@ struct Loaded
 /// content is undefined.
 [[nodiscard]] bool saveTo(QFileDevice *file, const QString &path, const GraphScene &scene,
                           QString *error);
+
+/// A document of some items and the connections among them, for the clipboard.
+QByteArray copyOf(const QList<Node *> &nodes, const GraphScene &scene);
+/// Replaces everything in the scene by the items of such a document.
+[[nodiscard]] bool loadCopy(const QByteArray &bytes, const TransformCatalogue &catalogue,
+                            GraphScene *scene, QString *error);
 
 /// What the user is told about a document with the "created with a later version" flag.
 QString laterVersionWarning();

@@ -9,6 +9,7 @@
 
 #include <QFileInfo>
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 using namespace GraphEdit;
@@ -203,6 +204,47 @@ TransformNode *GraphScene::addTransform(std::unique_ptr<Transform> transform, co
         push(std::make_unique<StructureCommand>(this, tr("add '%1'").arg(raw->displayName()),
                                                 oneOf<Node>(std::move(node)),
                                                 std::move(connections)));
+        return raw;
+    });
+}
+
+TransformNode *GraphScene::insertTransform(std::unique_ptr<Transform> transform,
+                                           Connection *inserted)
+{
+    if (!suits(*transform, 1)) {
+        return nullptr;
+    }
+    return doOrKeep([this, fromId = inserted->from()->id(), toId = inserted->to()->id(),
+                     kept = std::move(transform)]() mutable -> TransformNode * {
+        Node *from = node(fromId);
+        Node *to = node(toId);
+        Connection *cut = connection(from, to);
+        if (!cut) {
+            return nullptr;
+        }
+        kept->redefineParameters({from});
+        kept->setInitialValues();
+        auto item = std::make_unique<TransformNode>(std::move(kept));
+        TransformNode *raw = item.get();
+        item->setId(newId());
+        // At the height of the item above, so that the inputs of the one below keep their order.
+        const double room = to->pos().x() - from->pos().x();
+        item->setPos(from->pos() + QPointF(std::max(std::floor(room / 2), columnSpacing), 0.0));
+        std::vector<std::unique_ptr<Connection>> connections;
+        connections.push_back(std::make_unique<Connection>(from, raw));
+        connections.push_back(std::make_unique<Connection>(raw, to));
+
+        auto command = std::make_unique<CompositeCommand>(tr("add '%1'").arg(raw->displayName()));
+        command->add(std::make_unique<StructureCommand>(this, QString(), QList<Node *>(),
+                                                        QList<Connection *>{cut}));
+        if (room > 0 && room < 2 * columnSpacing) {
+            const QList<Node *> below = QList<Node *>{to} + downstreamOf({to});
+            command->add(
+                std::make_unique<MoveCommand>(this, below, QPointF(2 * columnSpacing - room, 0.0)));
+        }
+        command->add(std::make_unique<StructureCommand>(
+            this, QString(), oneOf<Node>(std::move(item)), std::move(connections)));
+        push(std::move(command));
         return raw;
     });
 }

@@ -190,6 +190,20 @@ void MoveCommand::undo()
     m_options.clear();
 }
 
+void CompositeCommand::redo()
+{
+    for (const std::unique_ptr<QUndoCommand> &step : m_steps) {
+        step->redo();
+    }
+}
+
+void CompositeCommand::undo()
+{
+    for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
+        (*step)->undo();
+    }
+}
+
 EditCommand::EditCommand(GraphScene *scene, const QString &label, const Node *node,
                          const QString &option, Step redoStep, Step undoStep)
     : GraphCommand(scene, QCoreApplication::translate("GraphScene", "edit '%1'").arg(label))

@@ -86,6 +86,20 @@ private:
     std::vector<std::pair<TransformNode *, TransformNode::ParameterValues>> m_options;
 };
 
+/// Several commands that are one step for the user: done in order, undone in reverse.
+class CompositeCommand final : public QUndoCommand
+{
+public:
+    using QUndoCommand::QUndoCommand;
+
+    void add(std::unique_ptr<QUndoCommand> step) { m_steps.push_back(std::move(step)); }
+    void redo() override;
+    void undo() override;
+
+private:
+    std::vector<std::unique_ptr<QUndoCommand>> m_steps;
+};
+
 /// Sets an option. Successive edits of one option of one item become a single command.
 class EditCommand final : public GraphCommand
 {

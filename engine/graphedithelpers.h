@@ -11,6 +11,8 @@ namespace GraphEdit {
 
 /// Vertical distance between items that are placed one below another, in scene units.
 constexpr double itemSpacing = 100.0;
+/// Horizontal distance between an item and the next one downstream.
+constexpr double columnSpacing = 240.0;
 
 /// An alias made from a file's name, or from `otherwise` when it has none; not one of those taken.
 QString freeAlias(const QString &path, const QString &otherwise, const QSet<QString> &taken);
@@ -26,6 +28,9 @@ inline QList<int> idsOf(const QList<Node *> &nodes)
 
 /// In the order in which the connections were made.
 QList<Connection *> inOrder(const QSet<Connection *> &connections);
+
+/// All that start or end at one of the items.
+QSet<Connection *> connectionsOf(const QList<Node *> &nodes);
 
 /// A list of one item, or of none for null.
 template <class Item>

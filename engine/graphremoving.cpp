@@ -2,32 +2,14 @@
 #include "graphcommands.h"
 #include "graphedithelpers.h"
 #include "graphscene.h"
-#include "outputnode.h"
 #include "texts.h"
 #include "transform.h"
 #include "transformparameter.h"
 #include "userinterface.h"
 
-#include <QFileInfo>
 #include <algorithm>
 
 using namespace GraphEdit;
-
-namespace {
-
-/// Another file beside `path` that none of the taken paths names.
-QString freePath(const QString &path, const QSet<QString> &taken)
-{
-    const QString suffix = QFileInfo(path).suffix();
-    const int end = suffix.isEmpty() ? path.size() : path.size() - suffix.size() - 1;
-    QString result = path;
-    for (int number = 2; taken.contains(result); ++number) {
-        result = path.left(end) + QString::number(number) + path.mid(end);
-    }
-    return result;
-}
-
-} // namespace
 
 QList<Connection *> GraphEdit::inOrder(const QSet<Connection *> &connections)
 {
@@ -35,6 +17,20 @@ QList<Connection *> GraphEdit::inOrder(const QSet<Connection *> &connections)
     std::sort(result.begin(), result.end(), [](const Connection *a, const Connection *b) {
         return a->sequence() < b->sequence();
     });
+    return result;
+}
+
+QSet<Connection *> GraphEdit::connectionsOf(const QList<Node *> &nodes)
+{
+    QSet<Connection *> result;
+    for (const Node *node : nodes) {
+        for (Connection *connection : node->upstreamConnections()) {
+            result.insert(connection);
+        }
+        for (Connection *connection : node->downstreamConnections()) {
+            result.insert(connection);
+        }
+    }
     return result;
 }
 
@@ -103,14 +99,7 @@ void GraphScene::deleteItems(const QList<Node *> &nodes, const QList<Connection 
 void GraphScene::deleteNow(const QList<Node *> &nodes, const QList<Connection *> &connections)
 {
     QSet<Connection *> cut(connections.begin(), connections.end());
-    for (const Node *node : nodes) {
-        for (Connection *connection : node->upstreamConnections()) {
-            cut.insert(connection);
-        }
-        for (Connection *connection : node->downstreamConnections()) {
-            cut.insert(connection);
-        }
-    }
+    cut += connectionsOf(nodes);
     if (nodes.isEmpty() && cut.isEmpty()) {
         return;
     }
@@ -123,68 +112,123 @@ void GraphScene::deleteNow(const QList<Node *> &nodes, const QList<Connection *>
     }
 }
 
-// --- Duplicating and moving
+// --- Deleting so that what is above stays connected to what is below
 
-void GraphScene::duplicateBranch(const QList<Node *> &nodes)
+namespace {
+
+/// The items outside `deleted` from which one can reach `node` through deleted items alone.
+QList<Node *> sourcesThrough(const Node *node, const QSet<const Node *> &deleted)
 {
-    doOrKeep([this, ids = idsOf(nodes)] {
-        QList<Node *> branch = nodesOf(ids);
-        branch += downstreamOf(branch);
-        if (!branch.isEmpty()) {
-            duplicateNow(branch);
+    QList<Node *> sources;
+    QSet<const Node *> seen{node};
+    QVector<const Node *> waiting{node};
+    while (!waiting.isEmpty()) {
+        const Node *below = waiting.takeFirst();
+        for (const Connection *connection : below->upstreamConnections()) {
+            Node *above = connection->from();
+            if (seen.contains(above)) {
+                continue;
+            }
+            seen.insert(above);
+            if (deleted.contains(above)) {
+                waiting.append(above);
+            } else {
+                sources.append(above);
+            }
         }
-    });
+    }
+    return sources;
 }
 
-void GraphScene::duplicateNow(const QList<Node *> &nodes)
+/// The connections that bridge the gap which deleting leaves above `target`.
+std::vector<std::unique_ptr<Connection>> bridges(Node *target, const QSet<const Node *> &deleted)
 {
-    QList<Node *> branch(nodes);
-    std::sort(branch.begin(), branch.end(),
-              [](const Node *a, const Node *b) { return a->sequence() < b->sequence(); });
-    double top = branch.first()->pos().y();
-    double bottom = top;
-    QSet<QString> takenPaths;
-    QSet<QString> takenAliases = aliases();
-    for (const Node *node : std::as_const(branch)) {
-        top = std::min(top, node->pos().y());
-        bottom = std::max(bottom, node->pos().y());
+    std::vector<std::unique_ptr<Connection>> result;
+    QSet<const Node *> above;
+    QList<const Node *> gone;
+    for (const Connection *connection : target->upstreamConnections()) {
+        if (deleted.contains(connection->from())) {
+            gone.append(connection->from());
+        } else {
+            above.insert(connection->from());
+        }
     }
-    const QList<OutputNode *> existing = outputs();
-    for (const OutputNode *output : existing) {
-        takenPaths.insert(output->path());
-    }
-
-    QHash<const Node *, Node *> copies;
-    std::vector<std::unique_ptr<Node>> owned;
-    for (const Node *node : std::as_const(branch)) {
-        std::unique_ptr<Node> copy = node->clone();
-        copy->setId(newId());
-        copy->setPos(node->pos() + QPointF(0.0, bottom - top + itemSpacing));
-        if (auto *item = qobject_cast<IONode *>(copy.get())) {
-            // The copy of an output must not overwrite what the first one writes.
-            if (item->kind() == ItemKind::Output) {
-                item->setPath(freePath(item->path(), takenPaths));
-                takenPaths.insert(item->path());
+    for (const Node *node : std::as_const(gone)) {
+        const QList<Node *> sources = sourcesThrough(node, deleted);
+        for (Node *source : sources) {
+            if (above.size() < target->maximumUpstream() && !above.contains(source)) {
+                above.insert(source);
+                result.push_back(std::make_unique<Connection>(source, target));
             }
-            item->setAlias(freeAlias(item->path(), QStringLiteral("clipboard"), takenAliases));
-            takenAliases.insert(item->alias());
         }
-        copies.insert(node, copy.get());
-        owned.push_back(std::move(copy));
     }
+    return result;
+}
 
-    QSet<Connection *> above;
-    for (const Node *node : std::as_const(branch)) {
-        for (Connection *connection : node->upstreamConnections()) {
-            above.insert(connection);
+/// The items below the deleted ones, each once, in the order of the connections to them.
+QList<Node *> targetsOf(const QSet<const Node *> &deleted)
+{
+    QSet<Connection *> cut;
+    for (const Node *node : deleted) {
+        for (Connection *connection : node->downstreamConnections()) {
+            if (!deleted.contains(connection->to())) {
+                cut.insert(connection);
+            }
         }
     }
-    std::vector<std::unique_ptr<Connection>> connections;
-    const QList<Connection *> ordered = inOrder(above);
+    QList<Node *> targets;
+    const QList<Connection *> ordered = inOrder(cut);
     for (const Connection *connection : ordered) {
-        Node *from = copies.value(connection->from(), connection->from());
-        connections.push_back(std::make_unique<Connection>(from, copies.value(connection->to())));
+        if (!targets.contains(connection->to())) {
+            targets.append(connection->to());
+        }
     }
-    push(std::make_unique<StructureCommand>(this, tr("duplicate branch"), std::move(owned),
-                                            std::move(connections)));
+    return targets;
+}
+
+} // namespace
+
+void GraphScene::deleteHealed(const QList<Node *> &nodes)
+{
+    const QList<Node *> items = nodesOf(idsOf(nodes));
+    const QSet<const Node *> deleted(items.begin(), items.end());
+    // Only where nothing takes the place of what is cut may options be lost for good.
+    QList<Connection *> lost;
+    const QList<Node *> targets = targetsOf(deleted);
+    for (Node *target : targets) {
+        if (bridges(target, deleted).empty()) {
+            for (Connection *connection : target->upstreamConnections()) {
+                if (deleted.contains(connection->from())) {
+                    lost.append(connection);
+                }
+            }
+        }
+    }
+    if (items.isEmpty() || !mayDisconnect(deleted, lost)) {
+        return;
+    }
+    doOrKeep([this, ids = idsOf(items)] { deleteHealedNow(nodesOf(ids)); });
+}
+
+void GraphScene::deleteHealedNow(const QList<Node *> &nodes)
+{
+    if (nodes.isEmpty()) {
+        return;
+    }
+    const QSet<const Node *> deleted(nodes.begin(), nodes.end());
+    std::vector<std::unique_ptr<Connection>> healing;
+    const QList<Node *> targets = targetsOf(deleted);
+    for (Node *target : targets) {
+        for (std::unique_ptr<Connection> &bridge : bridges(target, deleted)) {
+            healing.push_back(std::move(bridge));
+        }
+    }
+    auto command = std::make_unique<CompositeCommand>(tr("delete"));
+    command->add(
+        std::make_unique<StructureCommand>(this, QString(), nodes, inOrder(connectionsOf(nodes))));
+    if (!healing.empty()) {
+        command->add(std::make_unique<StructureCommand>(this, QString(), oneOf<Node>(nullptr),
+                                                        std::move(healing)));
+    }
+    push(std::move(command));
 }

@@ -113,6 +113,9 @@ public:
     InputNode *addClipboardInput(const QString &text, FileType type, const QPointF &pos);
     /// Connects to the selected items; tells the user when they do not suit.
     TransformNode *addTransform(std::unique_ptr<Transform> transform, const QPointF &pos);
+    /// Puts the transform between the two items of a connection, and makes room for it there; tells
+    /// the user when it does not take one input.
+    TransformNode *insertTransform(std::unique_ptr<Transform> transform, Connection *connection);
     /// Connects to `upstream` when it is given.
     OutputNode *addOutput(const OutputOptions &options, Node *upstream, const QPointF &pos);
     /// Tells the user why when the rules forbid it.
@@ -120,6 +123,10 @@ public:
     /// Deletes items (with their connections) and single connections. Asks first when options that
     /// refer to columns may be lost.
     void deleteItems(const QList<Node *> &nodes, const QList<Connection *> &connections = {});
+    /// Deletes items and connects each item above to each item below, where the rules allow.
+    void deleteHealed(const QList<Node *> &nodes);
+    /// Copies all items and connections of another scene into this one.
+    QList<Node *> paste(const GraphScene &copied, const QPointF &offset);
     /// Copies the items and everything downstream of them.
     void duplicateBranch(const QList<Node *> &nodes);
     void moveItems(const QList<Node *> &nodes, const QPointF &offset);
@@ -204,6 +211,9 @@ private:
     bool mayDisconnect(const QSet<const Node *> &deleted,
                        const QList<Connection *> &connections) const;
     void deleteNow(const QList<Node *> &nodes, const QList<Connection *> &connections);
+    void deleteHealedNow(const QList<Node *> &nodes);
+    /// Gives copied items ids, and aliases and output paths that no other item has.
+    void makeUnique(const std::vector<std::unique_ptr<Node>> &copies);
     void duplicateNow(const QList<Node *> &nodes);
 
     UserInterface *m_userInterface;

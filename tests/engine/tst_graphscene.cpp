@@ -67,7 +67,7 @@ void editAtRandom(TestGraph *graph, QRandomGenerator *random)
     Node *other = pick(nodes, random);
     const QPointF place(random->bounded(5) * 10.0, random->bounded(5) * 10.0);
     const QString word = QString::number(random->bounded(100));
-    switch (random->bounded(12)) {
+    switch (random->bounded(15)) {
     case 0:
         scene.addNote(place, word);
         break;
@@ -103,6 +103,21 @@ void editAtRandom(TestGraph *graph, QRandomGenerator *random)
     case 9:
         scene.moveItems({node, other}, place - QPointF(20.0, 20.0));
         break;
+    case 10:
+        scene.deleteHealed({node, other});
+        break;
+    case 11:
+        if (!node->upstreamConnections().isEmpty()) {
+            scene.insertTransform(std::make_unique<TestTransform>(),
+                                  node->upstreamConnections().first());
+        }
+        break;
+    case 12: {
+        TestGraph copied;
+        copied.transform({copied.input()});
+        scene.paste(copied.scene, place);
+        break;
+    }
     default:
         if (auto *transform = qobject_cast<TransformNode *>(node)) {
             const ColumnRef column(random->bounded(2),
@@ -136,6 +151,10 @@ private Q_SLOTS:
     void undoRestoresColumnsThatFollowed();
     void editsOfOneOptionMerge();
     void duplicatedBranchGoesWithOneUndo();
+    void insertsIntoAConnection();
+    void healing_data();
+    void healing();
+    void pastesWithNewNames();
     void aliasesAreUnique();
     void idsAreNotUsedAgain();
     void randomEditsUndoAndRedo_data();
@@ -322,7 +341,8 @@ void TestGraphScene::undoTexts_data()
     QTest::addColumn<Edit>("edit");
     QTest::addColumn<QString>("text");
     const auto addRow = [](const char *text, const Edit &edit) {
-        QTest::newRow(text) << edit << QString::fromLatin1(text);
+        static int number = 0;
+        QTest::addRow("%d %s", ++number, text) << edit << QString::fromLatin1(text);
     };
     addRow("add note", [](TestGraph &g) { g.scene.addNote({}, QStringLiteral("n")); });
     addRow("add output", [](TestGraph &g) {
@@ -339,6 +359,15 @@ void TestGraphScene::undoTexts_data()
     });
     addRow("add connection",
            [](TestGraph &g) { g.scene.addConnection(g.scene.node(1), g.scene.node(2)); });
+    addRow("add 'Test'", [](TestGraph &g) {
+        g.scene.insertTransform(std::make_unique<TestTransform>(), g.scene.connections().first());
+    });
+    addRow("paste", [](TestGraph &g) {
+        TestGraph other;
+        other.transform({other.input()});
+        QCOMPARE(g.scene.paste(other.scene, {10, 10}).size(), 2);
+    });
+    addRow("delete", [](TestGraph &g) { g.scene.deleteHealed({g.scene.node(3)}); });
     addRow("delete", [](TestGraph &g) { g.scene.deleteItems({g.scene.node(1)}); });
     addRow("duplicate branch", [](TestGraph &g) { g.scene.duplicateBranch({g.scene.node(1)}); });
     addRow("move item(s)", [](TestGraph &g) { g.scene.moveItems({g.scene.node(1)}, {1, 1}); });
@@ -355,6 +384,7 @@ void TestGraphScene::undoTexts()
     TestGraph graph;
     graph.input();
     graph.transform();
+    graph.transform({graph.transform({graph.scene.node(1)})});
     const QString before = dump(graph.scene);
     edit(graph);
     QCOMPARE(graph.scene.undoStack().count(), 1);
@@ -427,6 +457,99 @@ void TestGraphScene::duplicatedBranchGoesWithOneUndo()
 
     graph.scene.undo();
     QCOMPARE(dump(graph.scene), before);
+}
+
+void TestGraphScene::insertsIntoAConnection()
+{
+    TestGraph graph;
+    Node *upper = graph.input({}, {0, 0});
+    Node *lower = graph.input({}, {0, 100});
+    TransformNode *join = graph.transform({upper, lower}, 2, 2);
+    graph.scene.moveItems({join}, {300, -500});
+    TestGraph::setColumns(join, {ColumnRef(1, QStringLiteral("b"))});
+    const auto storedOptions = [&] { return join->transform().storedParameters(); };
+    const auto before = storedOptions();
+    const QString documentBefore = dump(graph.scene);
+
+    QSignalSpy warnings(&graph.scene, &GraphScene::showWarningMessage);
+    Connection *connection = graph.scene.connection(lower, join);
+    QVERIFY(!graph.scene.insertTransform(std::make_unique<TestTransform>(2, 2), connection));
+    QCOMPARE(warnings.count(), 1);
+    Node *added = graph.scene.insertTransform(std::make_unique<TestTransform>(), connection);
+    QCOMPARE(join->upstreamNodes(), (QList<Node *>{upper, added}));
+    QCOMPARE(added->upstreamNodes(), QList<Node *>{lower});
+    QCOMPARE(storedOptions(), before);
+    // There is room for a card on either side.
+    QVERIFY(added->pos().x() - lower->pos().x() > 200);
+    QVERIFY(join->pos().x() - added->pos().x() > 200);
+    graph.scene.undo();
+    QCOMPARE(dump(graph.scene), documentBefore);
+}
+
+void TestGraphScene::healing_data()
+{
+    QTest::addColumn<QList<int>>("deleted");
+    QTest::addColumn<QString>("connections");
+    // 1 and 2 into 3 (any number), then 4, then 5 and 6 (one each); 1 also into 4.
+    const auto addRow = [](const char *tag, const QList<int> &deleted, const char *connections) {
+        QTest::newRow(tag) << deleted << QString::fromLatin1(connections);
+    };
+    // The first input takes the only place there is.
+    addRow("one of a chain", {4}, "1-3 2-3 3-5 3-6");
+    addRow("two of a chain", {3, 4}, "1-5 1-6");
+    addRow("already connected", {3}, "1-4 4-5 4-6 2-4");
+    addRow("the first", {1}, "2-3 3-4 4-5 4-6");
+    addRow("the last", {5}, "1-3 2-3 3-4 1-4 4-6");
+    addRow("nothing", {}, "1-3 2-3 3-4 1-4 4-5 4-6");
+}
+
+void TestGraphScene::healing()
+{
+    QFETCH(QList<int>, deleted);
+    QFETCH(QString, connections);
+    TestGraph graph;
+    Node *one = graph.input({}, {0, 100});
+    Node *two = graph.input({}, {0, 200});
+    Node *three = graph.transform({one, two}, 1, TestGraph::anyNumber);
+    Node *four = graph.transform({three, one}, 1, TestGraph::anyNumber);
+    graph.transform({four});
+    graph.output(four, QStringLiteral("x.csv"));
+    const QString before = dump(graph.scene);
+    QList<Node *> nodes;
+    for (const int id : std::as_const(deleted)) {
+        nodes.append(graph.scene.node(id));
+    }
+    graph.scene.deleteHealed(nodes);
+    QCOMPARE(dump(graph.scene).section(QLatin1Char('\n'), 6 - deleted.size()),
+             connections.replace(QLatin1Char(' '), QLatin1Char('\n')));
+    graph.scene.undo();
+    QCOMPARE(dump(graph.scene), before);
+}
+
+void TestGraphScene::pastesWithNewNames()
+{
+    TestGraph graph;
+    InputNode *input = graph.input();
+    input->setAlias(QStringLiteral("orders"));
+    graph.output(input, QStringLiteral("result.csv"))->setAlias(QStringLiteral("result"));
+    TestGraph other;
+    InputNode *copied = other.input();
+    copied->setAlias(QStringLiteral("orders"));
+    TransformNode *transform = other.transform({copied});
+    TestGraph::setColumns(transform, {ColumnRef(1, QStringLiteral("b"))});
+    other.output(transform, QStringLiteral("result.csv"))->setAlias(QStringLiteral("other"));
+
+    const QList<Node *> pasted = graph.scene.paste(other.scene, {5, 7});
+    QCOMPARE(pasted.size(), 3);
+    QCOMPARE(pasted[0]->pos(), QPointF(5, 7));
+    QCOMPARE(pasted[2]->upstreamNodes(), QList<Node *>{pasted[1]});
+    QCOMPARE(pasted[1]->upstreamNodes(), QList<Node *>{pasted[0]});
+    QCOMPARE(TestGraph::columns(qobject_cast<TransformNode *>(pasted[1])),
+             TestGraph::columns(transform));
+    QVERIFY(qobject_cast<IONode *>(pasted[0])->alias() != input->alias());
+    QCOMPARE(qobject_cast<IONode *>(pasted[2])->alias(), QStringLiteral("other"));
+    QCOMPARE(qobject_cast<IONode *>(pasted[2])->path(), QStringLiteral("result2.csv"));
+    QCOMPARE(other.scene.nodeCount(), 3);
 }
 
 void TestGraphScene::aliasesAreUnique()
@@ -586,8 +709,8 @@ void TestGraphScene::otherDateFormatsMarkWhatReadsDates()
     TestGraph graph;
     Node *input = graph.input();
     Node *plain = graph.transform({input});
-    Node *filter = graph.scene.insert(std::make_unique<TransformNode>(
-        TransformCatalogue().create(QStringLiteral("Filter"))));
+    Node *filter = graph.scene.insert(
+        std::make_unique<TransformNode>(TransformCatalogue().create(QStringLiteral("Filter"))));
     graph.scene.connectNodes(input, filter);
     graph.scene.runEngine().run({});
     Preferences preferences = graph.scene.preferences();
