@@ -2,6 +2,7 @@
 
 #include "outputwriter.h"
 #include "texts.h"
+#include "transformsettings.h"
 #include "userinterface.h"
 
 OutputNode::OutputNode(const OutputOptions &options)
@@ -62,6 +63,7 @@ Dataset OutputNode::run(const ProcessContext &context, Messages *messages)
     output.documentFolder = context.documentFolder;
     output.blockedExtensions = context.blockedOutputExtensions;
     output.inputPaths = context.inputPaths;
+    output.dateFormats = TransformSettings::current().dateFormats;
     if (UserInterface *user = context.userInterface) {
         output.confirm = [user](const QString &text) { return user->confirmMultiFile(text); };
         output.setClipboard = [user](const QString &text) { return user->setClipboardText(text); };

@@ -199,7 +199,7 @@ void appendPrinted(std::string *out, const char *format, Numbers... numbers)
     out->append(buffer.data(), size_t(size));
 }
 
-void appendDate(qint64 day, DateSystem system, std::string *out)
+void appendDate(qint64 day, DateSystem system, const ValueLayout &layout, std::string *out)
 {
     if (system == DateSystem::From1904) {
         day += daysFrom1900To1904;
@@ -209,6 +209,10 @@ void appendDate(qint64 day, DateSystem system, std::string *out)
     }
     // Before the day that never was the count is one ahead of the calendar.
     const QDate date = QDate(1899, 12, day < leapDay1900 ? 31 : 30).addDays(day);
+    if (layout.kind == ValueLayout::Kind::Date) {
+        layout.appendDate(date, out);
+        return;
+    }
     appendPrinted(out, "%04d-%02d-%02d", date.year(), date.month(), date.day());
 }
 
@@ -257,9 +261,9 @@ bool isPlain(std::string_view text)
 
 CellNumberFormat builtInNumberFormat(int id)
 {
-    const CellNumberFormat date{true, false, false, false};
-    const CellNumberFormat shortTime{false, true, false, false};
-    const CellNumberFormat time{false, true, false, true};
+    const CellNumberFormat date{true, false, false, false, {}};
+    const CellNumberFormat shortTime{false, true, false, false, {}};
+    const CellNumberFormat time{false, true, false, true, {}};
     switch (id) {
     case 18: // h:mm AM/PM
     case 20: // h:mm
@@ -277,10 +281,10 @@ CellNumberFormat builtInNumberFormat(int id)
         return time;
     case 46: // [h]:mm:ss
     case 79: // the same, Thai
-        return {false, true, true, true};
+        return {false, true, true, true, {}};
     case 22: // d/m/yyyy h:mm
     case 77: // the same, Thai
-        return {true, true, false, false};
+        return {true, true, false, false, {}};
     default:
         break;
     }
@@ -295,7 +299,9 @@ CellNumberFormat parseNumberFormat(std::string_view code)
     if (equalsIgnoringCase(code, "standard")) {
         return {};
     }
-    return FormatScanner(code).scan();
+    CellNumberFormat format = FormatScanner(code).scan();
+    format.layout = ValueLayout::ofFormatCode(code);
+    return format;
 }
 
 void appendNumber(double number, std::string *out)
@@ -317,6 +323,10 @@ void appendNumber(double number, std::string *out)
 void appendFormatted(double number, CellNumberFormat format, DateSystem system, std::string *out)
 {
     const qint64 lastDay = system == DateSystem::From1904 ? lastDay1904 : lastDay1900;
+    if (format.isNumber() && format.layout.kind == ValueLayout::Kind::Decimal &&
+        format.layout.appendDecimal(number, out)) {
+        return;
+    }
     if (format.isNumber() || !(number >= 0) || number >= double(lastDay + 1)) {
         appendNumber(number, out);
         return;
@@ -333,7 +343,7 @@ void appendFormatted(double number, CellNumberFormat format, DateSystem system, 
     } else if (day == 0 && system == DateSystem::From1900) {
         appendTime(timeOfDay, true, out); // there is no day 0
     } else {
-        appendDate(day, system, out);
+        appendDate(day, system, format.layout, out);
         if (timeOfDay != 0) {
             out->push_back(' ');
             appendTime(timeOfDay, true, out);
@@ -344,7 +354,7 @@ void appendFormatted(double number, CellNumberFormat format, DateSystem system, 
 void appendNumberText(std::string_view text, CellNumberFormat format, DateSystem system,
                       std::string *out)
 {
-    if (format.isNumber() && isPlain(text)) {
+    if (format.isNumber() && format.layout.kind == ValueLayout::Kind::None && isPlain(text)) {
         out->append(text);
         return;
     }
@@ -399,4 +409,25 @@ void appendIsoDate(std::string_view text, std::string *out)
         }
         appendTime(ms, true, out);
     }
+}
+
+std::string_view booleanText(bool value, const CellNumberFormat &format)
+{
+    switch (format.layout.kind) {
+    case ValueLayout::Kind::LowerCaseBoolean:
+        return value ? "true" : "false";
+    case ValueLayout::Kind::CapitalizedBoolean:
+        return value ? "True" : "False";
+    default:
+        return value ? "TRUE" : "FALSE";
+    }
+}
+
+qint64 daySerial(const QDate &date, DateSystem system)
+{
+    const qint64 day = QDate(1899, 12, 30).daysTo(date);
+    if (day <= leapDay1900 || day > lastDay1900) {
+        return -1;
+    }
+    return system == DateSystem::From1904 ? day - daysFrom1900To1904 : day;
 }

@@ -5,6 +5,7 @@
 #include "outputfile.h"
 #include "outputoptions.h"
 #include "outputwriter.h"
+#include "spreadsheetoutput.h"
 #include "texts.h"
 
 #include <QCoreApplication>
@@ -12,6 +13,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
+#include <QPair>
 #include <vector>
 
 namespace {
@@ -79,6 +81,8 @@ struct Target
 struct File
 {
     QString path;
+    /// Of a spreadsheet.
+    QString sheet;
     RowSelection rows;
 };
 
@@ -86,8 +90,9 @@ struct File
 class Grouping
 {
 public:
-    Grouping(const OutputContext &context, Messages *messages)
-        : m_context(context)
+    Grouping(const OutputOptions &options, const OutputContext &context, Messages *messages)
+        : m_options(options)
+        , m_context(context)
         , m_messages(messages)
     {
     }
@@ -97,14 +102,15 @@ public:
     std::vector<File> takeFiles() { return std::move(m_files); }
 
 private:
-    Target targetOf(const QString &value);
+    Target targetOf(const QString &text);
     bool folderExists(const QString &folder);
     void warn(RowProblem problem, const QString &value, int row);
 
+    const OutputOptions &m_options;
     const OutputContext &m_context;
     Messages *m_messages;
     std::vector<File> m_files;
-    QHash<QString, int> m_fileOfPath;
+    QHash<QPair<QString, QString>, int> m_fileOfPath;
     QHash<QString, bool> m_folders;
     qint64 m_badRows = 0;
 };
@@ -139,9 +145,14 @@ bool Grouping::addRows(const ColumnReader &reader, int rowCount, const Progress 
     return true;
 }
 
-Target Grouping::targetOf(const QString &value)
+Target Grouping::targetOf(const QString &text)
 {
     const auto problem = [](RowProblem what) { return Target{what, -1}; };
+    QString value = text;
+    QString sheet;
+    if (isSpreadsheet(m_options.fileType) && !splitSheetPath(text, &value, &sheet)) {
+        sheet = m_options.worksheet;
+    }
     if (value.isEmpty()) {
         return problem(RowProblem::Empty);
     }
@@ -164,13 +175,15 @@ Target Grouping::targetOf(const QString &value)
     if (isBlockedExtension(path, m_context)) {
         return problem(RowProblem::Blocked);
     }
-    const auto known = m_fileOfPath.constFind(path);
+    // Sheets are not told apart by case.
+    const auto key = qMakePair(path, sheet.toLower());
+    const auto known = m_fileOfPath.constFind(key);
     if (known != m_fileOfPath.constEnd()) {
         return {RowProblem::None, *known};
     }
     const int file = int(m_files.size());
-    m_fileOfPath.insert(path, file);
-    m_files.push_back({path, {}});
+    m_fileOfPath.insert(key, file);
+    m_files.push_back({path, sheet, {}});
     return {RowProblem::None, file};
 }
 
@@ -236,7 +249,8 @@ QString questionText(const OutputOptions &options, const std::vector<File> &file
     QStringList existing;
     QStringList created;
     for (const File &file : files) {
-        (QFileInfo::exists(file.path) ? existing : created).append(file.path);
+        (QFileInfo::exists(file.path) ? existing : created)
+            .append(file.sheet.isEmpty() ? file.path : sheetPath(file.path, file.sheet));
     }
     Question question(options.fileType);
     const auto existingIf = [&](WriteMode mode) {
@@ -270,7 +284,7 @@ int writeFiles(const OutputOptions &options, const Dataset &dataset, const Outpu
             return reportProgress(progress, groupingShare + (1 - groupingShare) * done);
         };
         const Dataset part = dataset.selectRows(std::move(file.rows));
-        const FileOutcome outcome = output.write(file.path, part, partly);
+        const FileOutcome outcome = output.write(file.path, file.sheet, part, partly);
         if (outcome == FileOutcome::Stopped) {
             return -1;
         }
@@ -301,7 +315,7 @@ void writeMultiFile(const OutputOptions &options, const Dataset &dataset,
     if (!OutputFile(options, context, messages).canWrite(dataset)) {
         return;
     }
-    Grouping grouping(context, messages);
+    Grouping grouping(options, context, messages);
     if (!grouping.addRows(dataset.columnReader(column), dataset.rowCount(), progress)) {
         return;
     }

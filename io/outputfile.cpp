@@ -3,6 +3,7 @@
 #include "messages.h"
 #include "outputoptions.h"
 #include "outputwriter.h"
+#include "spreadsheetoutput.h"
 #include "textoutput.h"
 
 #include <QCoreApplication>
@@ -27,22 +28,28 @@ OutputFile::OutputFile(const OutputOptions &options, const OutputContext &contex
 
 bool OutputFile::canWrite(const Dataset &dataset)
 {
+    if (isSpreadsheet(m_options.fileType)) {
+        return checkSpreadsheetOutput(m_options, dataset, m_messages);
+    }
     if (!isTextOutput(m_options.fileType)) {
         m_messages->fail(
-            translated(QT_TRANSLATE_NOOP("OutputFile",
-                                         "Writing '%1' files is not built yet in this version."))
+            translated(QT_TRANSLATE_NOOP("OutputFile", "Files of type '%1' cannot be written."))
                 .arg(fileTypeLabel(m_options.fileType)));
         return false;
     }
     return checkTextOutput(m_options, dataset, m_messages);
 }
 
-FileOutcome OutputFile::write(const QString &path, const Dataset &dataset, const Progress &progress)
+FileOutcome OutputFile::write(const QString &path, const QString &sheet, const Dataset &dataset,
+                              const Progress &progress)
 {
-    if (!isAllowed(path)) {
+    const bool isAgain = m_written.contains(path);
+    if (!isAgain && !isAllowed(path)) {
         return FileOutcome::NotWritten;
     }
-    noteExtension(path);
+    if (!isAgain) {
+        noteExtension(path);
+    }
     if (!m_lineEndingsNoted) {
         m_lineEndingsNoted = true;
         noteLineEndings(m_options, m_messages);
@@ -50,9 +57,16 @@ FileOutcome OutputFile::write(const QString &path, const Dataset &dataset, const
     if (!canWrite(dataset) || !isAllowedForInput(path)) {
         return FileOutcome::NotWritten;
     }
-    switch (writeTextFile(m_options, path, m_context.name, dataset, m_messages, progress)) {
+    const WriteResult result =
+        isSpreadsheet(m_options.fileType)
+            ? writeSpreadsheetFile(m_options, {path, sheet, isAgain}, m_context, dataset,
+                                   m_messages, progress)
+            : writeTextFile(m_options, path, m_context.name, dataset, m_messages, progress);
+    switch (result) {
     case WriteResult::Written:
-        m_messages->note(translated(QT_TRANSLATE_NOOP("OutputFile", "Written to '%1'")).arg(path));
+        m_written.insert(path);
+        m_messages->note(translated(QT_TRANSLATE_NOOP("OutputFile", "Written to '%1'"))
+                             .arg(sheet.isEmpty() ? path : sheetPath(path, sheet)));
         return FileOutcome::Written;
     case WriteResult::Stopped:
         return FileOutcome::Stopped;

@@ -2,6 +2,7 @@
 
 #include "progress.h"
 
+#include <QSet>
 #include <QString>
 
 class Dataset;
@@ -19,8 +20,10 @@ public:
     /// The arguments must outlive this object.
     OutputFile(const OutputOptions &options, const OutputContext &context, Messages *messages);
 
-    /// The path must be absolute.
-    FileOutcome write(const QString &path, const Dataset &dataset, const Progress &progress);
+    /// The path must be absolute. The sheet is for spreadsheets alone; of a file that was written
+    /// by this object before, the other sheets stay.
+    FileOutcome write(const QString &path, const QString &sheet, const Dataset &dataset,
+                      const Progress &progress);
 
     /// Tells and answers false when a table cannot be written at all with these options.
     bool canWrite(const Dataset &dataset);
@@ -33,6 +36,7 @@ private:
     const OutputOptions &m_options;
     const OutputContext &m_context;
     Messages *m_messages;
+    QSet<QString> m_written;
     bool m_lineEndingsNoted = false;
 };
 

@@ -69,7 +69,8 @@ void writeSingleFile(const OutputOptions &options, const Dataset &dataset,
         return;
     }
     OutputFile file(options, context, messages);
-    file.write(path, dataset, progress);
+    const QString sheet = isSpreadsheet(options.fileType) ? options.worksheet : QString();
+    file.write(path, sheet, dataset, progress);
 }
 
 } // namespace

@@ -21,6 +21,8 @@ struct OutputContext
     QStringList blockedExtensions;
     /// Canonical paths of the files that the inputs of the document read.
     QStringList inputPaths;
+    /// Date patterns (QDate's syntax) that cells of spreadsheets may be dates by.
+    QStringList dateFormats;
     /// Asks whether a multi-file write may go ahead; null: it may.
     std::function<bool(const QString &text)> confirm;
     /// Puts a text on the clipboard; answers false when there is none. Null: there is none.

@@ -247,7 +247,7 @@ void XlsSheetScan::addText(BiffStream *stream, size_t at)
 void XlsSheetScan::addBoolOrError(bool isError, quint8 value)
 {
     if (!isError) {
-        m_sink->add(m_column, value != 0 ? "TRUE" : "FALSE", true);
+        m_sink->add(m_column, booleanText(value != 0, m_format), true);
         return;
     }
     for (const Biff::ErrorText &error : Biff::errorTexts) {

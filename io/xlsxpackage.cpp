@@ -1,11 +1,14 @@
 #include "xlsxpackage.h"
 
 #include "memoryceiling.h"
+#include "zipwriter.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QUrl>
 #include <cstring>
 #include <expat.h>
 #include <zip.h>
@@ -53,10 +56,10 @@ public:
     XmlParser(const XmlParser &) = delete;
     XmlParser &operator=(const XmlParser &) = delete;
 
-    char *buffer() { return static_cast<char *>(XML_GetBuffer(m_parser, int(blockSize))); }
-    bool parse(int size, bool isLast)
+    bool parse(std::string_view block, bool isLast)
     {
-        return XML_ParseBuffer(m_parser, size, isLast ? 1 : 0) == XML_STATUS_OK;
+        return XML_Parse(m_parser, block.data(), int(block.size()), isLast ? 1 : 0) ==
+               XML_STATUS_OK;
     }
     QString errorText(const QString &part) const
     {
@@ -216,13 +219,21 @@ bool XlsxPackage::countUnpacked(qint64 bytes, QString *error)
     return true;
 }
 
-PartEnd XlsxPackage::parse(const QString &part, PartHandler *handler,
-                           const std::function<bool(qint64)> &progress, QString *error)
+const XlsxPackage::Entry *XlsxPackage::findOnce(const QString &part, QString *error) const
 {
     const Entry *const entry = find(part);
     if (!entry || entry->twice) {
         *error = entry ? XlsxText::tr("The workbook contains its part '%1' twice.").arg(part)
                        : XlsxText::tr("The workbook's part '%1' is missing.").arg(part);
+        return nullptr;
+    }
+    return entry;
+}
+
+PartEnd XlsxPackage::unpack(const QString &part, const TakeBlock &take, QString *error)
+{
+    const Entry *const entry = findOnce(part, error);
+    if (!entry) {
         return PartEnd::Failed;
     }
     const std::unique_ptr<zip_file_t, CloseFile> file(
@@ -231,32 +242,113 @@ PartEnd XlsxPackage::parse(const QString &part, PartHandler *handler,
         *error = zipErrorText(zip_get_error(m_archive->archive));
         return PartEnd::Failed;
     }
-    XmlParser parser(handler);
-    qint64 done = 0;
-    for (bool isLast = false; !isLast;) {
-        char *const buffer = parser.buffer();
-        if (!buffer) {
-            throw std::bad_alloc();
-        }
-        const zip_int64_t size = zip_fread(file.get(), buffer, blockSize);
+    const std::unique_ptr<char[]> buffer(new char[blockSize]);
+    for (;;) {
+        const zip_int64_t size = zip_fread(file.get(), buffer.get(), blockSize);
         if (size < 0) {
             *error = zipErrorText(zip_file_get_error(file.get()));
             return PartEnd::Failed;
         }
+        if (size == 0) {
+            return PartEnd::Complete;
+        }
         if (!countUnpacked(size, error)) {
             return PartEnd::Failed;
         }
-        isLast = size == 0;
-        if (!parser.parse(int(size), isLast)) {
-            *error = handler->isStopped() ? handler->error() : parser.errorText(part);
-            return error->isEmpty() ? PartEnd::Stopped : PartEnd::Failed;
-        }
-        done += size;
-        if (progress && !progress(done)) {
+        if (!take({buffer.get(), size_t(size)})) {
             return PartEnd::Stopped;
         }
     }
-    return PartEnd::Complete;
+}
+
+PartEnd XlsxPackage::parse(const QString &part, PartHandler *handler,
+                           const std::function<bool(qint64)> &progress, QString *error)
+{
+    XmlParser parser(handler);
+    qint64 done = 0;
+    bool isDamaged = false;
+    PartEnd end = unpack(
+        part,
+        [&](std::string_view block) {
+            isDamaged = !parser.parse(block, false);
+            done += qint64(block.size());
+            return !isDamaged && (!progress || progress(done));
+        },
+        error);
+    isDamaged = isDamaged || (end == PartEnd::Complete && !parser.parse({}, true));
+    if (isDamaged) {
+        *error = handler->isStopped() ? handler->error() : parser.errorText(part);
+        end = error->isEmpty() ? PartEnd::Stopped : PartEnd::Failed;
+    }
+    return end;
+}
+
+bool XlsxPackage::read(const QString &part, QByteArray *content, QString *error)
+{
+    content->clear();
+    constexpr int largest = 64 << 20;
+    const PartEnd end = unpack(
+        part,
+        [content](std::string_view block) {
+            content->append(block.data(), int(block.size()));
+            return content->size() <= largest;
+        },
+        error);
+    if (end == PartEnd::Stopped) {
+        *error = XlsxText::tr("The workbook's part '%1' is too large.").arg(part);
+    }
+    return end == PartEnd::Complete;
+}
+
+QStringList XlsxPackage::parts() const
+{
+    QStringList names;
+    const zip_int64_t count = zip_get_num_entries(m_archive->archive, 0);
+    for (zip_int64_t i = 0; i < count; ++i) {
+        const char *const name = zip_get_name(m_archive->archive, zip_uint64_t(i), 0);
+        if (name && *name && name[strlen(name) - 1] != '/') {
+            names.append(QString::fromUtf8(name));
+        }
+    }
+    return names;
+}
+
+bool XlsxPackage::copyPacked(const QString &part, ZipWriter *zip, QString *error)
+{
+    const Entry *const entry = findOnce(part, error);
+    if (!entry) {
+        return false;
+    }
+    const auto index = zip_uint64_t(entry->index);
+    zip_stat_t facts;
+    constexpr zip_uint64_t needed =
+        ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_CRC | ZIP_STAT_COMP_METHOD;
+    const bool isKnown = zip_stat_index(m_archive->archive, index, 0, &facts) == 0 &&
+                         (facts.valid & needed) == needed &&
+                         (facts.comp_method == ZIP_CM_DEFLATE || facts.comp_method == ZIP_CM_STORE);
+    const std::unique_ptr<zip_file_t, CloseFile> file(
+        isKnown ? zip_fopen_index(m_archive->archive, index, ZIP_FL_COMPRESSED) : nullptr);
+    if (!file) {
+        *error = XlsxText::tr("The workbook's part '%1' cannot be copied.").arg(part);
+        return false;
+    }
+    zip->beginRaw(part.toUtf8(), facts.comp_method == ZIP_CM_DEFLATE, facts.crc, facts.comp_size,
+                  facts.size);
+    const std::unique_ptr<char[]> buffer(new char[blockSize]);
+    zip_uint64_t copied = 0;
+    for (;;) {
+        const zip_int64_t size = zip_fread(file.get(), buffer.get(), blockSize);
+        if (size <= 0) {
+            break;
+        }
+        zip->appendRaw({buffer.get(), size_t(size)});
+        copied += zip_uint64_t(size);
+    }
+    if (copied != facts.comp_size) {
+        *error = XlsxText::tr("The file is truncated or damaged.");
+        return false;
+    }
+    return true;
 }
 
 const char *attributeValue(const char *const *attributes, std::string_view name)
@@ -279,4 +371,29 @@ std::string_view localName(const char *name)
 {
     const char *const colon = strchr(name, ':');
     return colon ? colon + 1 : name;
+}
+
+QString partFolder(const QString &part)
+{
+    return part.contains(QLatin1Char('/')) ? part.section(QLatin1Char('/'), 0, -2) : QString();
+}
+
+QString relationshipsPart(const QString &part)
+{
+    const QString folder = partFolder(part);
+    return (folder.isEmpty() ? QString() : folder + QLatin1Char('/')) + QLatin1String("_rels/") +
+           part.section(QLatin1Char('/'), -1) + QLatin1String(".rels");
+}
+
+QString relatedPart(const QString &folder, QString target)
+{
+    target.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    target = QUrl::fromPercentEncoding(target.toUtf8());
+    const QString whole =
+        target.startsWith(QLatin1Char('/')) ? target : folder + QLatin1Char('/') + target;
+    QString clean = QDir::cleanPath(QLatin1Char('/') + whole);
+    while (clean.startsWith(QLatin1Char('/'))) {
+        clean.remove(0, 1);
+    }
+    return clean;
 }

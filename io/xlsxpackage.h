@@ -4,10 +4,12 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <memory>
 #include <string_view>
 #include <unordered_map>
 
+class ZipWriter;
 struct zip;
 
 /// When a package that unpacks to much more than its size is given up.
@@ -59,6 +61,17 @@ public:
     PartEnd parse(const QString &part, PartHandler *handler,
                   const std::function<bool(qint64)> &progress, QString *error);
 
+    /// Takes the next bytes of a part; answers false to stop.
+    using TakeBlock = std::function<bool(std::string_view block)>;
+    /// Hands over the content of a part in blocks.
+    PartEnd unpack(const QString &part, const TakeBlock &take, QString *error);
+    /// The content of a part that is not large.
+    bool read(const QString &part, QByteArray *content, QString *error);
+    /// All parts as the archive names them.
+    QStringList parts() const;
+    /// Copies a part as it is packed.
+    bool copyPacked(const QString &part, ZipWriter *zip, QString *error);
+
 private:
     struct Archive;
     struct Entry
@@ -69,6 +82,7 @@ private:
 
     XlsxPackage(std::unique_ptr<Archive> archive, qint64 fileSize, UnpackLimits limits);
     const Entry *find(const QString &part) const;
+    const Entry *findOnce(const QString &part, QString *error) const;
     bool countUnpacked(qint64 bytes, QString *error);
 
     std::unique_ptr<Archive> m_archive;
@@ -84,3 +98,10 @@ const char *attributeValue(const char *const *attributes, std::string_view name)
 bool isTrueAttribute(const char *value);
 /// A name without its prefix.
 std::string_view localName(const char *name);
+
+/// The part that holds the relationships of a part: "xl/_rels/workbook.xml.rels".
+QString relationshipsPart(const QString &part);
+/// The part that a relationship of a part in `folder` leads to.
+QString relatedPart(const QString &folder, QString target);
+/// "xl" for "xl/workbook.xml".
+QString partFolder(const QString &part);

@@ -3,9 +3,7 @@
 #include "cellnumberformat.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QHash>
-#include <QUrl>
 #include <array>
 
 namespace {
@@ -87,21 +85,9 @@ private:
         }
         const bool isExternal = mode && std::string_view(mode) == "External";
         const QString typeName = QString::fromUtf8(type).section(QLatin1Char('/'), -1);
-        byId.insert(QString::fromUtf8(id),
-                    {typeName, isExternal ? QString() : partName(QString::fromUtf8(target))});
-    }
-
-    QString partName(QString target) const
-    {
-        target.replace(QLatin1Char('\\'), QLatin1Char('/'));
-        target = QUrl::fromPercentEncoding(target.toUtf8());
-        const QString whole =
-            target.startsWith(QLatin1Char('/')) ? target : m_folder + QLatin1Char('/') + target;
-        QString clean = QDir::cleanPath(QLatin1Char('/') + whole);
-        while (clean.startsWith(QLatin1Char('/'))) {
-            clean.remove(0, 1);
-        }
-        return clean;
+        byId.insert(
+            QString::fromUtf8(id),
+            {typeName, isExternal ? QString() : relatedPart(m_folder, QString::fromUtf8(target))});
     }
 
     QString m_folder;
@@ -203,18 +189,6 @@ private:
     int m_depth = 0;
 };
 
-QString folderOf(const QString &part)
-{
-    return part.contains(QLatin1Char('/')) ? part.section(QLatin1Char('/'), 0, -2) : QString();
-}
-
-QString relationshipsOf(const QString &part)
-{
-    const QString folder = folderOf(part);
-    return (folder.isEmpty() ? QString() : folder + QLatin1Char('/')) + QLatin1String("_rels/") +
-           part.section(QLatin1Char('/'), -1) + QLatin1String(".rels");
-}
-
 /// Says what an archive without a workbook is, as far as its parts tell.
 QString otherArchiveText(const XlsxPackage &package)
 {
@@ -265,9 +239,9 @@ bool XlsxReader::findParts(QString *error)
         return false;
     }
     WorkbookHandler workbook;
-    RelationshipsHandler relationships(folderOf(workbookPart));
+    RelationshipsHandler relationships(partFolder(workbookPart));
     if (m_package->parse(workbookPart, &workbook, {}, error) != PartEnd::Complete ||
-        m_package->parse(relationshipsOf(workbookPart), &relationships, {}, error) !=
+        m_package->parse(relationshipsPart(workbookPart), &relationships, {}, error) !=
             PartEnd::Complete) {
         return false;
     }

@@ -370,9 +370,9 @@ void XlsxSheetHandler::addShared()
 void XlsxSheetHandler::addBoolean()
 {
     if (m_value == "1" || m_value == "true") {
-        m_sink->add(m_column, "TRUE", true);
+        m_sink->add(m_column, booleanText(true, m_format), true);
     } else if (m_value == "0" || m_value == "false") {
-        m_sink->add(m_column, "FALSE", true);
+        m_sink->add(m_column, booleanText(false, m_format), true);
     } else {
         m_sink->add(m_column, m_value, false);
     }
