@@ -14,7 +14,7 @@
 class GuidesItem final : public QGraphicsItem
 {
 public:
-    GuidesItem() { setZValue(3.0); }
+    GuidesItem() { setZValue(5.0); }
 
     void set(const QVector<QLineF> &lines)
     {
@@ -145,10 +145,16 @@ ConnectDrag::ConnectDrag(CanvasScene *scene, NodeItem *start, bool fromOutput)
 
 ConnectDrag::~ConnectDrag()
 {
+    clearOffers();
+    Q_EMIT m_scene->hintChanged(QString());
+}
+
+void ConnectDrag::clearOffers()
+{
     for (auto it = m_reasons.constBegin(); it != m_reasons.constEnd(); ++it) {
         it.key()->setOffer(NodeItem::Offer::None);
     }
-    Q_EMIT m_scene->hintChanged(QString());
+    m_reasons.clear();
 }
 
 void ConnectDrag::moveTo(const QPointF &scenePos, double, bool)
@@ -172,27 +178,38 @@ void ConnectDrag::moveTo(const QPointF &scenePos, double, bool)
             Q_EMIT m_scene->hintChanged(reason);
         }
     }
-    const bool isRefused = target && target != m_start && !m_reasons.value(target).isEmpty();
+    showDraft(scenePos);
+}
+
+void ConnectDrag::showDraft(const QPointF &pointer)
+{
+    const bool isOverOther = m_target && m_target != m_start;
+    const bool isRefused = isOverOther && !m_reasons.value(m_target).isEmpty();
     const QColor color = isRefused ? Theme::current().error : Theme::current().accent;
+    // Over an item that takes it, the line ends where the connection will.
+    QPointF end = pointer;
+    if (isOverOther && !isRefused) {
+        end = m_fromOutput ? m_target->inputEnd(0, 1) : m_target->outputEnd();
+    }
     if (m_fromOutput) {
-        m_draft->set(m_start->outputEnd(), scenePos, color);
+        m_draft->set(m_start->outputEnd(), end, color);
     } else {
-        m_draft->set(scenePos, m_start->inputEnd(0, 1), color);
+        m_draft->set(end, m_start->inputEnd(0, 1), color);
     }
 }
 
 void ConnectDrag::finish(const QPointF &scenePos)
 {
-    NodeItem *target = m_scene->nodeAt(scenePos);
-    if (!target) {
-        if (m_fromOutput) {
-            Q_EMIT m_scene->connectionDropped(m_start->node(), scenePos);
-        }
-        return;
-    }
-    if (target != m_start && m_reasons.value(target).isEmpty()) {
-        Node *from = m_fromOutput ? m_start->node() : target->node();
-        Node *to = m_fromOutput ? target->node() : m_start->node();
-        m_scene->graph()->addConnection(from, to);
+    const NodeItem *target = m_scene->nodeAt(scenePos);
+    const bool isPossible =
+        target && target == m_target && target != m_start && m_reasons.value(m_target).isEmpty();
+    // An edit may take items away, so nothing refers to them any more.
+    clearOffers();
+    Node *start = m_start->node();
+    if (isPossible) {
+        m_scene->graph()->addConnection(m_fromOutput ? start : target->node(),
+                                        m_fromOutput ? target->node() : start);
+    } else if (!target && m_fromOutput) {
+        Q_EMIT m_scene->connectionDropped(start, scenePos);
     }
 }

@@ -69,6 +69,9 @@ public:
     void finish(const QPointF &scenePos) override;
 
 private:
+    void clearOffers();
+    void showDraft(const QPointF &pointer);
+
     CanvasScene *m_scene;
     NodeItem *m_start;
     bool m_fromOutput;

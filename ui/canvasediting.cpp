@@ -1,3 +1,4 @@
+#include "canvasgeometry.h"
 #include "canvasscene.h"
 #include "canvasview.h"
 #include "connection.h"
@@ -141,22 +142,32 @@ void CanvasView::connectSelection()
 
 void CanvasView::showQuickAdd()
 {
-    openQuickAdd(pointerOrMiddle(), nullptr);
+    openQuickAdd(pointerOrMiddle(), PlaceFor::Selection);
 }
 
-void CanvasView::openQuickAdd(const QPoint &pos, Connection *connection)
+void CanvasView::openQuickAdd(const QPoint &pos, PlaceFor placeFor)
 {
     m_isSpaceDown = false;
-    auto *box = new QuickAdd(m_catalogue, connection != nullptr, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    const QPointF place = mapToScene(pos);
+    const bool isForConnection = placeFor == PlaceFor::Connection;
+    const Connection *connection = isForConnection ? m_scene->chosenConnection() : nullptr;
     const int fromId = connection ? connection->from()->id() : -1;
     const int toId = connection ? connection->to()->id() : -1;
-    connect(box, &QuickAdd::chosen, this, [this, place, fromId, toId](const QString &choice) {
+    const QPointF pointer = mapToScene(pos);
+    auto *box = new QuickAdd(m_catalogue, isForConnection, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    connect(box, &QuickAdd::chosen, this, [=](const QString &choice) {
         // The graph may have changed while the box was open.
-        want(choice, place, m_graph->connection(m_graph->node(fromId), m_graph->node(toId)));
+        const QList<Node *> selected = m_graph->selectedNodes();
+        const bool isBeside = placeFor == PlaceFor::Selection && !selected.isEmpty();
+        want(choice, isBeside ? placeBeside(selected) : freePlace(pointer),
+             m_graph->connection(m_graph->node(fromId), m_graph->node(toId)));
     });
     box->openAt(viewport()->mapToGlobal(pos));
+}
+
+QPointF CanvasView::freePlace(const QPointF &scenePos) const
+{
+    return CanvasGeometry::freePlace(m_scene->cardRects(), scenePos, m_scene->canvasStyle().card);
 }
 
 void CanvasView::want(const QString &choice, const QPointF &scenePos, Connection *connection)
@@ -207,7 +218,7 @@ void CanvasView::fillItemMenu(QMenu *menu)
 void CanvasView::fillConnectionMenu(QMenu *menu, const QPoint &pos)
 {
     menu->addAction(tr("Insert transform…"), this,
-                    [this, pos] { openQuickAdd(pos, m_scene->chosenConnection()); });
+                    [this, pos] { openQuickAdd(pos, PlaceFor::Connection); });
     menu->addAction(Icons::action(QStringLiteral("edit-delete")), tr("Delete connection"), this,
                     &CanvasView::deleteSelection);
 }
@@ -215,7 +226,7 @@ void CanvasView::fillConnectionMenu(QMenu *menu, const QPoint &pos)
 void CanvasView::fillCanvasMenu(QMenu *menu, const QPoint &pos)
 {
     const QPointF place = mapToScene(pos);
-    menu->addAction(tr("Add…"), this, [this, pos] { openQuickAdd(pos, nullptr); });
+    menu->addAction(tr("Add…"), this, [this, pos] { openQuickAdd(pos, PlaceFor::Pointer); });
     menu->addAction(Icons::action(QStringLiteral("edit-paste")), tr("Paste"), this,
                     [this, place] { pasteAt(&place); })
         ->setEnabled(GraphClipboard::hasItems(QApplication::clipboard()->mimeData()));
@@ -230,6 +241,7 @@ void CanvasView::fillCanvasMenu(QMenu *menu, const QPoint &pos)
 
 void CanvasView::contextMenuEvent(QContextMenuEvent *event)
 {
+    m_scene->abortDrag();
     QPoint pos = event->pos();
     const NodeItem *item = nullptr;
     Connection *connection = nullptr;
@@ -304,8 +316,13 @@ void CanvasView::dropEvent(QDropEvent *event)
     const QPointF place = mapToScene(event->pos());
     const QStringList paths = localFiles(event->mimeData());
     if (event->mimeData()->hasFormat(transformMime)) {
-        want(QString::fromUtf8(event->mimeData()->data(transformMime)), place,
-             m_scene->connectionAt(place));
+        // On an item: to work on what that gives.
+        const NodeItem *item = m_scene->nodeAt(place);
+        if (item && item->hasOutput()) {
+            m_scene->selectOnly(item->node());
+        }
+        want(QString::fromUtf8(event->mimeData()->data(transformMime)),
+             item ? placeBeside({item->node()}) : freePlace(place), m_scene->connectionAt(place));
     } else if (!paths.isEmpty()) {
         Q_EMIT filesDropped(paths, place);
     } else {

@@ -162,6 +162,16 @@ void CanvasScene::hover(const QPointF &scenePos)
     }
 }
 
+void CanvasScene::endHover()
+{
+    if (m_hovered) {
+        m_hovered->setHoveredGrip(Grip::None);
+        m_hovered = nullptr;
+        Q_EMIT hintChanged(QString());
+    }
+    hoverConnection(nullptr);
+}
+
 void CanvasScene::keyMove(const QPointF &step)
 {
     if (m_drag) {

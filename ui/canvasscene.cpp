@@ -15,7 +15,7 @@ namespace {
 constexpr int turnMilliseconds = 60;
 constexpr double turnStep = 0.06;
 /// The canvas goes on around its content, so that it can be moved out of the way.
-constexpr double surroundings = 2000.0;
+constexpr double surroundings = 20000.0;
 
 } // namespace
 
@@ -118,6 +118,7 @@ void CanvasScene::syncNodes()
                                                         : new NodeItem(node, &m_style);
         item->setPos(node->pos());
         item->refresh();
+        item->stack();
         m_nodes.insert(node, item);
         addItem(item);
     }
@@ -278,6 +279,7 @@ void CanvasScene::readSelection()
     if (!nodes.isEmpty() && (!m_current || !m_current->isSelected())) {
         setCurrent(nodes.first());
     }
+    markCurrent();
 }
 
 void CanvasScene::writeSelection()
@@ -293,6 +295,7 @@ void CanvasScene::writeSelection()
         }
     }
     m_graph->setSelectedNodes(selected);
+    markCurrent();
 }
 
 Node *CanvasScene::current() const
@@ -307,13 +310,36 @@ void CanvasScene::setCurrent(Node *node)
         return;
     }
     if (m_current) {
-        m_current->setCurrent(false);
+        m_current->markCurrent(false);
     }
     m_current = item;
+    markCurrent();
     if (m_current) {
-        m_current->setCurrent(true);
+        raise(m_current);
     }
     Q_EMIT currentChanged();
+}
+
+// Above the cards that it may lie on.
+void CanvasScene::raise(NodeItem *item)
+{
+    int highest = 0;
+    for (const NodeItem *other : std::as_const(m_nodes)) {
+        if (other != item) {
+            highest = qMax(highest, other->node()->stackingOrder() + 1);
+        }
+    }
+    if (m_nodes.size() > 1 && item->node()->stackingOrder() < highest) {
+        item->node()->setStackingOrder(highest);
+        item->stack();
+    }
+}
+
+void CanvasScene::markCurrent()
+{
+    if (m_current) {
+        m_current->markCurrent(!m_current->isSelected() || selectedItems().size() > 1);
+    }
 }
 
 void CanvasScene::selectOnly(Node *node)

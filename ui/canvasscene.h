@@ -52,6 +52,9 @@ public:
     /// Shows where something that is dragged from elsewhere would be put in.
     void hoverConnection(Connection *connection);
 
+    /// The pointer has left the canvas.
+    void endHover();
+
     bool isDragging() const { return m_drag != nullptr || m_keyMove != nullptr; }
     /// Leaves everything as it was before the drag.
     void abortDrag();
@@ -83,6 +86,8 @@ private:
     void refreshNode(Node *node);
     void moveNode(Node *node);
     void turnRings();
+    void markCurrent();
+    void raise(NodeItem *item);
     void pressNode(NodeItem *item, QGraphicsSceneMouseEvent *event);
     void startDrag(QGraphicsSceneMouseEvent *event);
     void hover(const QPointF &scenePos);

@@ -25,6 +25,9 @@ struct CanvasStyle
     static constexpr double portRadius = 4.5;
     /// How far from a port's middle it can be taken.
     static constexpr double portGrip = 11.0;
+    /// Below the first scale only the map is painted, above the second only the details.
+    static constexpr double mapScale = 0.3;
+    static constexpr double detailScale = 0.4;
     /// Free space that is left between items that are placed.
     static constexpr double gap = 72.0;
 

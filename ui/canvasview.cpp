@@ -45,14 +45,14 @@ CanvasView::CanvasView(GraphScene *graph, QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setTransformationAnchor(NoAnchor);
-    connect(m_scene, &CanvasScene::hintChanged, this, &CanvasView::hintChanged);
+    connect(m_scene, &CanvasScene::hintChanged, this, &CanvasView::tellHint);
     connect(m_scene, &CanvasScene::editRequested, this, &CanvasView::editRequested);
     connect(m_scene, &CanvasScene::currentChanged, this, &CanvasView::tellCurrent);
     connect(m_scene, &CanvasScene::contentChanged, this, [this] { viewport()->update(); });
     connect(m_scene, &CanvasScene::connectionDropped, this,
             [this](Node *from, const QPointF &scenePos) {
                 m_scene->selectOnly(from);
-                openQuickAdd(mapFromScene(scenePos), nullptr);
+                openQuickAdd(mapFromScene(scenePos), PlaceFor::Pointer);
             });
 }
 
@@ -201,7 +201,7 @@ void CanvasView::drawBackground(QPainter *painter, const QRectF &rect)
             dots.append(QPointF(x, y));
         }
     }
-    QPen pen(CanvasPaint::mixed(theme.border, theme.grid, 0.5), 2.0, Qt::SolidLine, Qt::RoundCap);
+    QPen pen(theme.border, 2.0, Qt::SolidLine, Qt::RoundCap);
     pen.setCosmetic(true);
     painter->setPen(pen);
     painter->drawPoints(dots.constData(), dots.size());
@@ -230,6 +230,15 @@ void CanvasView::drawForeground(QPainter *painter, const QRectF &)
     painter->restore();
 }
 
+// Where one looks while dragging, too.
+void CanvasView::tellHint(const QString &text)
+{
+    if (m_scene->isDragging()) {
+        QToolTip::showText(QCursor::pos(), text, viewport());
+    }
+    Q_EMIT hintChanged(text);
+}
+
 void CanvasView::tellCurrent()
 {
     const NodeItem *item = m_scene->itemOf(m_scene->current());
@@ -245,6 +254,9 @@ bool CanvasView::viewportEvent(QEvent *event)
         const NodeItem *item = m_scene->nodeAt(mapToScene(help->pos()));
         QToolTip::showText(help->globalPos(), item ? item->tooltip() : QString(), viewport());
         return true;
+    }
+    if (event->type() == QEvent::Leave) {
+        m_scene->endHover();
     }
     return QGraphicsView::viewportEvent(event);
 }
@@ -294,7 +306,7 @@ void CanvasView::mouseDoubleClickEvent(QMouseEvent *event)
     const QPointF place = mapToScene(event->pos());
     if (event->button() == Qt::LeftButton && !m_scene->nodeAt(place) &&
         !m_scene->connectionAt(place)) {
-        openQuickAdd(event->pos(), nullptr);
+        openQuickAdd(event->pos(), PlaceFor::Pointer);
         return;
     }
     QGraphicsView::mouseDoubleClickEvent(event);

@@ -92,12 +92,17 @@ private:
     void setZoom(double zoom, const QPoint &fixed);
     void panTo(const QPoint &pos);
     void tellCurrent();
+    void tellHint(const QString &text);
     QRectF visibleRect() const;
     QPoint pointerOrMiddle() const;
 
     // --- Editing
-    void openQuickAdd(const QPoint &pos, Connection *connection);
+    /// Where an item chosen in the quick-add box goes: to the pointer, beside the selected items,
+    /// into the chosen connection.
+    enum class PlaceFor { Pointer, Selection, Connection };
+    void openQuickAdd(const QPoint &pos, PlaceFor placeFor);
     void want(const QString &choice, const QPointF &scenePos, Connection *connection);
+    QPointF freePlace(const QPointF &scenePos) const;
     void pasteAt(const QPointF *scenePos);
     void selectAdded(const std::function<void()> &edit);
     void fillItemMenu(QMenu *menu);

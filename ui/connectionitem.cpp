@@ -7,6 +7,7 @@
 
 #include <QPainter>
 #include <QPainterPathStroker>
+#include <QStyleOptionGraphicsItem>
 
 namespace {
 
@@ -52,7 +53,7 @@ ConnectionItem::ConnectionItem(Connection *connection, NodeItem *from, NodeItem 
     , m_from(from)
     , m_to(to)
 {
-    setZValue(-1.0);
+    setZValue(0.0);
     follow();
 }
 
@@ -61,8 +62,8 @@ void ConnectionItem::follow()
     const QVector<Connection *> &inputs = m_to->node()->upstreamConnections();
     const int index = qMax(0, inputs.indexOf(m_connection));
     const int count = qMax(1, inputs.size());
-    const QPainterPath path =
-        ConnectionCurve::path(m_from->outputEnd(), m_to->inputEnd(index, count) - QPointF(1, 0));
+    const QPainterPath path = ConnectionCurve::path(
+        m_from->outputEnd(), m_to->inputEnd(index, count) - QPointF(CanvasStyle::portRadius, 0.0));
     const QString number = count > 1 ? QString::number(index + 1) : QString();
     if (path == m_path && number == m_number) {
         return;
@@ -89,7 +90,7 @@ void ConnectionItem::setHovered(bool hovered)
     update();
 }
 
-void ConnectionItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
+void ConnectionItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *)
 {
     const Theme &theme = Theme::current();
     const bool isStrong = m_isChosen || m_isHovered;
@@ -97,7 +98,8 @@ void ConnectionItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, 
                            m_isChosen    ? 3.5
                            : m_isHovered ? 2.5
                                          : 2.0);
-    if (m_number.isEmpty()) {
+    const double scale = option->levelOfDetailFromTransform(painter->worldTransform());
+    if (m_number.isEmpty() || scale < CanvasStyle::detailScale) {
         return;
     }
     const QPointF middle = m_path.currentPosition() - QPointF(numberSide / 2 + 3, 0.0);
@@ -113,7 +115,7 @@ void ConnectionItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, 
 
 DraftItem::DraftItem()
 {
-    setZValue(2.0);
+    setZValue(4.0);
 }
 
 void DraftItem::set(const QPointF &start, const QPointF &end, const QColor &color)

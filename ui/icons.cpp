@@ -36,7 +36,10 @@ public:
             return;
         }
         QByteArray picture = file.readAll();
-        picture.replace(drawnColor, m_color.name().toLatin1());
+        // A list shows what is selected on the accent colour.
+        const QColor color =
+            mode == QIcon::Selected ? Theme::textOn(Theme::current().accent) : m_color;
+        picture.replace(drawnColor, color.name().toLatin1());
         QSvgRenderer renderer(picture);
         painter->save();
         if (mode == QIcon::Disabled) {

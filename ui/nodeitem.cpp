@@ -14,9 +14,6 @@
 
 namespace {
 
-/// Below the first scale only the map is painted, above the second only the details.
-constexpr double mapScale = 0.3;
-constexpr double detailScale = 0.4;
 /// How near to the right edge a card is taken by its output port.
 constexpr double edgeGrip = 7.0;
 
@@ -54,6 +51,13 @@ void NodeItem::refresh()
     setSize(m_style->card, CanvasStyle::portGrip);
     layoutTexts();
     update();
+}
+
+void NodeItem::stack()
+{
+    // Cards above notes, notes above connections.
+    const double least = m_node->kind() == ItemKind::Note ? 1.0 : 2.0;
+    setZValue(least + 0.9 * (1.0 - 1.0 / (1.0 + qMax(0, m_node->stackingOrder()) / 1000.0)));
 }
 
 bool NodeItem::hasInput() const
@@ -123,10 +127,10 @@ void NodeItem::setHoveredGrip(Grip grip)
     }
 }
 
-void NodeItem::setCurrent(bool current)
+void NodeItem::markCurrent(bool current)
 {
-    if (m_isCurrent != current) {
-        m_isCurrent = current;
+    if (m_isMarkedCurrent != current) {
+        m_isMarkedCurrent = current;
         update();
     }
 }
@@ -184,7 +188,9 @@ void NodeItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, 
     painter->setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
                             QPainter::SmoothPixmapTransform);
     const double scale = option->levelOfDetailFromTransform(painter->worldTransform());
-    const double detail = qBound(0.0, (scale - mapScale) / (detailScale - mapScale), 1.0);
+    const double detail = qBound(
+        0.0, (scale - CanvasStyle::mapScale) / (CanvasStyle::detailScale - CanvasStyle::mapScale),
+        1.0);
     paintCard(painter, detail);
     if (detail > 0.0) {
         painter->setOpacity(painter->opacity() * detail);
@@ -193,7 +199,6 @@ void NodeItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, 
                              Theme::textOn(CanvasPaint::colorOf(*m_node)), scale);
         paintTexts(painter);
         CanvasPaint::status(painter, statusRect(), m_node->status(), m_turn);
-        paintWarnings(painter);
         painter->setOpacity(painter->opacity() / detail);
     }
     if (detail < 1.0) {
@@ -201,8 +206,12 @@ void NodeItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, 
         paintMap(painter, scale);
         painter->setOpacity(painter->opacity() / (1.0 - detail));
     }
+    paintOutline(painter, scale);
     paintPorts(painter);
-    paintOutline(painter);
+    if (detail > 0.0) {
+        painter->setOpacity(painter->opacity() * detail);
+        paintWarnings(painter);
+    }
 }
 
 void NodeItem::paintCard(QPainter *painter, double detail) const
@@ -256,8 +265,9 @@ void NodeItem::paintWarnings(QPainter *painter) const
     }
     const QColor color = Theme::current().warning;
     const double height = m_style->hintHeight;
-    const QRectF badge(m_size.width() - CanvasStyle::padding + 2 - m_warningWidth,
-                       m_size.height() - CanvasStyle::padding + 3 - height, m_warningWidth, height);
+    // Across the lower edge, where it covers no text.
+    const QRectF badge(m_size.width() - CanvasStyle::padding - m_warningWidth,
+                       m_size.height() - height / 2 + 1, m_warningWidth, height);
     painter->setPen(Qt::NoPen);
     painter->setBrush(color);
     painter->drawRoundedRect(badge, height / 2, height / 2);
@@ -313,20 +323,23 @@ void NodeItem::paintPorts(QPainter *painter) const
     }
 }
 
-void NodeItem::paintOutline(QPainter *painter) const
+void NodeItem::paintOutline(QPainter *painter, double scale) const
 {
-    if (!isSelected() && !m_isCurrent && m_offer != Offer::Target) {
+    if (!isSelected() && !m_isMarkedCurrent && m_offer != Offer::Target) {
         return;
     }
-    const QRectF outline = QRectF(QPointF(), m_size).adjusted(-2, -2, 2, 2);
-    const double radius = CanvasStyle::cornerRadius + 2;
+    // As wide on the screen when it is far away.
+    const double width = 2.0 / qBound(0.35, scale, 1.0);
+    const QRectF outline = QRectF(QPointF(), m_size).adjusted(-width, -width, width, width);
+    const double radius = CanvasStyle::cornerRadius + width;
     painter->setBrush(Qt::NoBrush);
     if (isSelected() || m_offer == Offer::Target) {
-        painter->setPen(QPen(Theme::current().accent, 2.0));
+        painter->setPen(QPen(Theme::current().accent, width));
         painter->drawRoundedRect(outline, radius, radius);
     }
-    if (m_isCurrent) {
-        painter->setPen(QPen(Theme::current().text, 1.0, Qt::DotLine));
-        painter->drawRoundedRect(outline.adjusted(-2.5, -2.5, 2.5, 2.5), radius + 2, radius + 2);
+    if (m_isMarkedCurrent) {
+        painter->setPen(QPen(Theme::current().text, width / 2, Qt::DotLine));
+        painter->drawRoundedRect(outline.adjusted(-width, -width, width, width), radius + width,
+                                 radius + width);
     }
 }

@@ -24,6 +24,8 @@ public:
     Node *node() const { return m_node; }
     /// Looks at the model again: texts, status, size.
     virtual void refresh();
+    /// Takes its place above or below the others.
+    void stack();
     QSizeF size() const { return m_size; }
     /// Of the card without ports, in scene units.
     QRectF cardRect() const { return QRectF(pos(), m_size); }
@@ -40,8 +42,8 @@ public:
     void setTurn(double turn);
     void setOffer(Offer offer);
     void setHoveredGrip(Grip grip);
-    /// The item that keys act on.
-    void setCurrent(bool current);
+    /// Shows that keys act on this item, where the selection does not tell.
+    void markCurrent(bool current);
 
     const QFont &hintFont() const { return m_style->hintFont; }
 
@@ -57,7 +59,7 @@ protected:
     const CanvasStyle &style() const { return *m_style; }
     void setSize(const QSizeF &size, double margin);
     /// Outline of what is selected or current.
-    void paintOutline(QPainter *painter) const;
+    void paintOutline(QPainter *painter, double scale) const;
 
 private:
     void layoutTexts();
@@ -84,5 +86,5 @@ private:
     double m_turn = 0.0;
     Offer m_offer = Offer::None;
     Grip m_hoveredGrip = Grip::None;
-    bool m_isCurrent = false;
+    bool m_isMarkedCurrent = false;
 };

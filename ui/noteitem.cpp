@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QStyleOptionGraphicsItem>
 #include <cmath>
 
 namespace {
@@ -22,13 +23,6 @@ QColor colorOf(const NoteNode &note)
 }
 
 } // namespace
-
-NoteItem::NoteItem(Node *node, const CanvasStyle *style)
-    : NodeItem(node, style)
-{
-    // Behind cards, before connections.
-    setZValue(-0.5);
-}
 
 void NoteItem::refresh()
 {
@@ -78,7 +72,7 @@ void NoteItem::layoutArrow(int direction)
     }
 }
 
-void NoteItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
+void NoteItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *)
 {
     painter->setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     const QColor color = colorOf(*static_cast<const NoteNode *>(node()));
@@ -100,5 +94,5 @@ void NoteItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidge
         painter->drawText(QPointF(CanvasStyle::padding, y), line);
         y += style().noteHeight;
     }
-    paintOutline(painter);
+    paintOutline(painter, option->levelOfDetailFromTransform(painter->worldTransform()));
 }

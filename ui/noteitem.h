@@ -8,7 +8,7 @@
 class NoteItem final : public NodeItem
 {
 public:
-    NoteItem(Node *node, const CanvasStyle *style);
+    using NodeItem::NodeItem;
 
     void refresh() override;
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *) override;

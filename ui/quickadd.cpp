@@ -59,6 +59,7 @@ QuickAdd::QuickAdd(const TransformCatalogue &catalogue, bool oneInputOnly, QWidg
     m_list->setAccessibleName(tr("Items to add"));
     m_list->setFrameShape(NoFrame);
     m_list->setUniformItemSizes(true);
+    m_list->setSpacing(1);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(8, 8, 8, 8);
@@ -129,7 +130,7 @@ void QuickAdd::fill(const QString &text)
 void QuickAdd::openAt(const QPoint &globalPos)
 {
     const int line = qMax(m_list->sizeHintForRow(0), fontMetrics().height() + 8);
-    m_list->setFixedHeight(shownLines * line);
+    m_list->setFixedHeight(shownLines * (line + 2));
     setFixedWidth(qMax(260, fontMetrics().averageCharWidth() * 36));
     adjustSize();
     QRect place(globalPos, size());
