@@ -60,6 +60,8 @@ public:
     bool read(int lengthBytes, std::string *out);
     /// Passes over bytes.
     bool skip(size_t count);
+    /// Everything was read.
+    bool atEnd() const { return m_part + 1 >= m_parts.size() && left() == 0; }
 
 private:
     bool nextPart();

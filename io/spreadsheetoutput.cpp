@@ -9,6 +9,8 @@
 #include "xlswriter.h"
 #include "xlsxwriter.h"
 
+#include <QFileInfo>
+
 namespace {
 
 struct SpreadsheetOutput
@@ -82,9 +84,21 @@ QString unableToAddSheetText(const QString &path, const QString &reason)
     return withReason(SpreadsheetOutput::tr("Unable to add sheet to '%1'.").arg(path), reason);
 }
 
+QString sheetWithoutCellsText(const QString &sheet)
+{
+    return SpreadsheetOutput::tr("'%1' is a sheet that has no cells, such as a chart.").arg(sheet);
+}
+
 QString defaultSheetName()
 {
     return QStringLiteral("Sheet1");
+}
+
+bool changesWorkbook(const OutputOptions &options, const SheetTarget &target)
+{
+    const bool keepsWorkbook =
+        target.keepsWorkbook || options.overwriteSheet || options.writeMode == WriteMode::Append;
+    return keepsWorkbook && QFileInfo(target.path).size() > 0;
 }
 
 bool checkSpreadsheetOutput(const OutputOptions &options, const Dataset &dataset,

@@ -40,7 +40,11 @@ QString unableToSaveText(const QString &path, const QString &reason);
 QString unableToSaveChangesText(const QString &path, const QString &reason);
 /// "Unable to add sheet to '%1'.", with the reason.
 QString unableToAddSheetText(const QString &path, const QString &reason);
+QString sheetWithoutCellsText(const QString &sheet);
 QString defaultSheetName();
+/// Whether a sheet of the workbook that is there is changed, or one added, instead of a new
+/// workbook written.
+bool changesWorkbook(const OutputOptions &options, const SheetTarget &target);
 
 /// "file.xlsx[Sheet]"
 QString sheetPath(const QString &path, const QString &sheet);

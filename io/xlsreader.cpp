@@ -3,15 +3,11 @@
 #include "biffrecords.h"
 #include "bifftext.h"
 #include "utf8.h"
+#include "xlscontainer.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QHash>
 #include <QTextCodec>
-// GLib has names that are Qt's keywords elsewhere; they are off in this project.
-#include <gsf/gsf-infile-msole.h>
-#include <gsf/gsf-infile.h>
-#include <gsf/gsf-input-memory.h>
 
 namespace {
 
@@ -20,102 +16,10 @@ struct XlsText
     Q_DECLARE_TR_FUNCTIONS(XlsReader)
 };
 
-QString damagedText()
-{
-    return XlsText::tr("The file is truncated or damaged.");
-}
-
-QString encryptedText()
-{
-    return XlsText::tr("The workbook is encrypted. Open it in a spreadsheet program and save it "
-                       "without a password.");
-}
-
 QString tooOldText()
 {
     return XlsText::tr("It is a workbook of Excel 4 or older. Save it as XLSX in a spreadsheet "
                        "program.");
-}
-
-struct Unref
-{
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-using Container = std::unique_ptr<GsfInfile, Unref>;
-using Stream = std::unique_ptr<GsfInput, Unref>;
-
-/// What the library thinks of a damaged file is told by our own errors.
-void keepQuiet()
-{
-    static const bool done = [] {
-        const auto ignore = [](const gchar *, GLogLevelFlags, const gchar *, gpointer) {};
-        for (const char *domain : {"libgsf", "libgsf:msole"}) {
-            g_log_set_handler(domain, GLogLevelFlags(G_LOG_LEVEL_MASK), ignore, nullptr);
-        }
-        return true;
-    }();
-    Q_UNUSED(done)
-}
-
-Container openContainer(const QByteArray &file)
-{
-    keepQuiet();
-    const Stream input(gsf_input_memory_new(reinterpret_cast<const guint8 *>(file.constData()),
-                                            file.size(), FALSE));
-    GError *error = nullptr;
-    Container container(input ? gsf_infile_msole_new(input.get(), &error) : nullptr);
-    g_clear_error(&error);
-    return container;
-}
-
-QHash<QString, int> childNumbers(GsfInfile *container)
-{
-    QHash<QString, int> numbers;
-    for (int i = 0; i < gsf_infile_num_children(container); ++i) {
-        numbers.insert(QString::fromUtf8(gsf_infile_name_by_index(container, i)).toLower(), i);
-    }
-    return numbers;
-}
-
-/// Says what a container without a workbook is, as far as its streams tell.
-QString otherContainerText(const QHash<QString, int> &children)
-{
-    if (children.contains(QStringLiteral("encryptedpackage"))) {
-        return encryptedText();
-    }
-    if (children.contains(QStringLiteral("worddocument"))) {
-        return XlsText::tr("It is a Word document, not an Excel workbook.");
-    }
-    return XlsText::tr("It is a compound file without an Excel workbook.");
-}
-
-bool extractWorkbook(const QByteArray &file, std::string *bytes, QString *error)
-{
-    const Container container = openContainer(file);
-    if (!container) {
-        *error = damagedText();
-        return false;
-    }
-    const QHash<QString, int> children = childNumbers(container.get());
-    const int number =
-        children.value(QStringLiteral("workbook"), children.value(QStringLiteral("book"), -1));
-    if (number < 0) {
-        *error = otherContainerText(children);
-        return false;
-    }
-    const Stream stream(gsf_infile_child_by_index(container.get(), number));
-    const gsf_off_t size = stream ? gsf_input_size(stream.get()) : -1;
-    if (size < 0 || size > file.size()) {
-        *error = damagedText();
-        return false;
-    }
-    bytes->resize(size_t(size));
-    if (size > 0 &&
-        !gsf_input_read(stream.get(), size_t(size), reinterpret_cast<guint8 *>(bytes->data()))) {
-        *error = damagedText();
-        return false;
-    }
-    return true;
 }
 
 const QTextCodec *codecOfPage(int page)
@@ -145,27 +49,13 @@ bool XlsReader::isWorkbookStart(const QByteArray &start)
 
 std::unique_ptr<XlsReader> XlsReader::open(const QString &path, QString *error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = file.errorString();
-        return nullptr;
-    }
-    constexpr qint64 largestFile = qint64(1) << 30;
-    if (file.size() > largestFile) {
-        *error = XlsText::tr("The file is larger than any workbook of its kind.");
-        return nullptr;
-    }
-    const QByteArray bytes = file.readAll();
-    if (bytes.size() != file.size()) {
-        *error = file.errorString();
+    std::unique_ptr<XlsContainer> container = XlsContainer::open(path, error);
+    if (!container) {
         return nullptr;
     }
     std::unique_ptr<XlsReader> reader(new XlsReader);
-    if (bytes.startsWith('\x09')) {
-        reader->m_book.bytes = bytes.toStdString();
-    } else if (!extractWorkbook(bytes, &reader->m_book.bytes, error)) {
-        return nullptr;
-    }
+    reader->m_book.bytes = container->takeRecords();
+    container.reset();
     return reader->readGlobals(error) ? std::move(reader) : nullptr;
 }
 
@@ -178,12 +68,12 @@ bool XlsReader::readBeginning(BiffStream *stream, QString *error)
     }
     if (!isThere || stream->id() != Biff::Bof || stream->data().size() < 4 ||
         biffNumber<quint16>(stream->data(), 2) != Biff::globalsStream) {
-        *error = damagedText();
+        *error = damagedWorkbookText();
         return false;
     }
     const auto version = biffNumber<quint16>(stream->data(), 0);
     if (version != Biff::version8 && version != Biff::version5) {
-        *error = version < Biff::version5 ? tooOldText() : damagedText();
+        *error = version < Biff::version5 ? tooOldText() : damagedWorkbookText();
         return false;
     }
     m_book.codec = version == Biff::version8 ? nullptr : codecOfPage(0);
@@ -198,7 +88,7 @@ bool XlsReader::readGlobals(QString *error)
     }
     for (;;) {
         if (!stream.next()) {
-            *error = damagedText();
+            *error = damagedWorkbookText();
             return false;
         }
         if (stream.id() == Biff::Eof) {
@@ -225,7 +115,7 @@ bool XlsReader::takeRecord(BiffStream *stream, QString *error)
     bool isWhole = true;
     switch (stream->id()) {
     case Biff::FilePass:
-        *error = encryptedText();
+        *error = encryptedWorkbookText();
         return false;
     case Biff::Date1904:
         isWhole = data.size() >= 2;
@@ -254,7 +144,7 @@ bool XlsReader::takeRecord(BiffStream *stream, QString *error)
         break;
     }
     if (!isWhole) {
-        *error = damagedText();
+        *error = damagedWorkbookText();
     }
     return isWhole;
 }

@@ -279,6 +279,11 @@ void XlsSheetScan::takeFormula(std::string_view data)
         addBoolOrError(true, value);
         break;
     default: // an empty text
+        if (data.size() >= cellHeader + 10 &&
+            biffNumber<quint64>(data, cellHeader) == Biff::emptyResult &&
+            biffNumber<quint16>(data, cellHeader + 8) == Biff::calculateAlways) {
+            m_sink->addUnknownResult(); // that is how ours are written
+        }
         break;
     }
 }

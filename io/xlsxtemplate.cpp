@@ -193,3 +193,11 @@ bool copyTemplateLook(const SheetJob &job, const SheetTarget &target, XlsxWorkbo
     }
     return readLook(job, from, workbook, look, messages);
 }
+
+bool refuseTemplate(const SheetJob &job, const SheetTarget &target, Messages *messages)
+{
+    Template from;
+    return findTemplate(job, target, &from, messages) &&
+           failToCopy(from, TemplateText::tr("Styling can be copied in XLSX workbooks only."),
+                      messages);
+}

@@ -18,3 +18,6 @@ bool copyTemplateStyles(const SheetJob &job, const SheetTarget &target, XlsxStyl
 /// The same for a workbook that is changed, whose own sheets alone can serve as a template.
 bool copyTemplateLook(const SheetJob &job, const SheetTarget &target, XlsxWorkbook *workbook,
                       XlsxLook *look, Messages *messages);
+
+/// For workbooks that cannot take over the look of others: tells, and answers false.
+bool refuseTemplate(const SheetJob &job, const SheetTarget &target, Messages *messages);

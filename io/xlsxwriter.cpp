@@ -14,8 +14,6 @@
 #include "xlsxworkbook.h"
 #include "zipwriter.h"
 
-#include <QFileInfo>
-
 namespace {
 
 constexpr char xmlStart[] = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
@@ -347,10 +345,7 @@ WriteResult XlsxWriter::change()
     QString part = workbook->sheetPart(m_target.sheet);
     const bool isNew = part.isEmpty();
     if (isNew && !m_target.sheet.isEmpty() && workbook->hasSheet(m_target.sheet)) {
-        return fail(unableToAddSheetText(
-            m_target.path, QCoreApplication::translate(
-                               "XlsxWriter", "'%1' is a sheet that has no cells, such as a chart.")
-                               .arg(m_target.sheet)));
+        return fail(unableToAddSheetText(m_target.path, sheetWithoutCellsText(m_target.sheet)));
     }
     const bool extends = options.writeMode == WriteMode::Append;
     XlsxSheetOutline outline;
@@ -391,9 +386,6 @@ WriteResult XlsxWriter::change()
 WriteResult writeXlsx(SheetJob *job, const SheetTarget &target, Messages *messages,
                       const Progress &progress)
 {
-    const OutputOptions &options = job->options();
-    const bool keepsWorkbook =
-        target.keepsWorkbook || options.overwriteSheet || options.writeMode == WriteMode::Append;
     XlsxWriter writer(job, target, messages, progress);
-    return keepsWorkbook && QFileInfo(target.path).size() > 0 ? writer.change() : writer.writeNew();
+    return changesWorkbook(job->options(), target) ? writer.change() : writer.writeNew();
 }
