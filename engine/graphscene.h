@@ -91,6 +91,8 @@ public:
     int newId();
     /// An alias that no other item has, made from the file's name: "orders", "orders2".
     QString uniqueAlias(const QString &path) const;
+    /// What the extension stands for, by the user's own table when there is one.
+    FileType fileTypeOf(const QString &path) const;
 
     // --- Selection
 
@@ -205,7 +207,6 @@ private:
 
     QSet<QString> aliases() const;
     QList<Node *> nodesOf(const QList<int> &ids) const;
-    FileType fileTypeOf(const QString &path) const;
     QStringList withoutBlocked(const QStringList &paths);
     bool suits(const Transform &transform, int inputCount);
     bool mayDisconnect(const QSet<const Node *> &deleted,

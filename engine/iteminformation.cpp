@@ -66,27 +66,6 @@ bool isText(FileType type)
     return !isSpreadsheet(type);
 }
 
-bool ignoresLeadingRows(FileType type)
-{
-    switch (type) {
-    case FileType::DelimitedText:
-    case FileType::ExcelXlsx:
-    case FileType::ExcelXls:
-    case FileType::FixedWidth:
-    case FileType::VCard:
-    case FileType::PlainText:
-        return true;
-    default:
-        return false;
-    }
-}
-
-/// JSON, XML and vCard name their values themselves.
-bool mayHaveHeader(FileType type)
-{
-    return type != FileType::Json && type != FileType::Xml && type != FileType::VCard;
-}
-
 void Lines::addItem(const Node &node)
 {
     const Dataset &dataset = node.dataset();

@@ -70,6 +70,26 @@ bool isReadAsDelimitedText(FileType type)
            type == FileType::Markdown;
 }
 
+bool ignoresLeadingRows(FileType type)
+{
+    switch (type) {
+    case FileType::DelimitedText:
+    case FileType::ExcelXlsx:
+    case FileType::ExcelXls:
+    case FileType::FixedWidth:
+    case FileType::VCard:
+    case FileType::PlainText:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool mayHaveHeader(FileType type)
+{
+    return type != FileType::Json && type != FileType::Xml && type != FileType::VCard;
+}
+
 QString delimiterLabel(Delimiter delimiter)
 {
     switch (delimiter) {

@@ -58,6 +58,11 @@ QList<FileType> fileTypes();
 bool isSpreadsheet(FileType type);
 /// True for the types that the reader of delimited text reads.
 bool isReadAsDelimitedText(FileType type);
+/// True for the inputs whose first rows can be left out.
+bool ignoresLeadingRows(FileType type);
+/// True for the inputs whose first row may hold the column names; JSON, XML and vCard name their
+/// values themselves.
+bool mayHaveHeader(FileType type);
 
 QString delimiterLabel(Delimiter delimiter);
 /// The character; `custom` is used for Custom (its first character). Automatic gives a comma.
