@@ -75,18 +75,13 @@ QString termText(const FilterTerm &term)
                : TransformFilter::tr("(%1 %2)").arg(column, symbol);
 }
 
-/// Terms on columns that the input lacks are left out.
-QStringList termTexts(const FilterSpec &spec, const UpstreamItem *input)
+/// Terms on columns that are not among the known ones are left out; none are known: all are listed.
+QStringList termTexts(const FilterSpec &spec, const QStringList &columns)
 {
-    QSet<QString> known;
-    const bool isKnown = input && input->upstreamColumnsKnown();
-    if (isKnown) {
-        const QStringList columns = input->upstreamColumns();
-        known = QSet<QString>(columns.begin(), columns.end());
-    }
+    const QSet<QString> known(columns.begin(), columns.end());
     QStringList texts;
     for (const FilterTerm &term : spec.terms) {
-        if (term.column.isEmpty() || !isKnown || known.contains(term.column)) {
+        if (term.column.isEmpty() || known.isEmpty() || known.contains(term.column)) {
             texts.append(termText(term));
         }
     }
@@ -183,16 +178,30 @@ Dataset TransformFilter::filtered(const Dataset &input, const FilterSpec &spec, 
 
 QString TransformFilter::summary() const
 {
-    constexpr int mostTerms = 9;
     FilterSpec spec;
-    if (!options().columns.read(*this, &spec) || spec.terms.isEmpty()) {
-        return tr("No filter terms");
+    if (!options().columns.read(*this, &spec)) {
+        return summaryText(spec, {});
     }
+    const UpstreamItem *const input = parameter(options().columns.key())->input;
+    const bool isKnown = input && input->upstreamColumnsKnown();
+    return summaryText(spec, isKnown ? input->upstreamColumns() : QStringList());
+}
+
+QString TransformFilter::summaryText(const FilterSpec &spec, const QStringList &columns)
+{
+    return spec.terms.isEmpty()
+               ? tr("No filter terms")
+               : tr("%1 %2").arg(spec.keep ? tr("Keep") : tr("Remove"), termsText(spec, columns));
+}
+
+QString TransformFilter::termsText(const FilterSpec &spec, const QStringList &columns)
+{
+    constexpr int mostTerms = 9;
     const QString joiner = spec.matchAll ? tr(" AND ") : tr(" OR ");
-    const QStringList texts = termTexts(spec, parameter(options().columns.key())->input);
+    const QStringList texts = termTexts(spec, columns);
     QString text = texts.mid(0, mostTerms).join(joiner);
     if (texts.size() > mostTerms) {
         text += QChar(0x2026);
     }
-    return tr("%1 %2").arg(spec.keep ? tr("Keep") : tr("Remove"), text);
+    return text;
 }

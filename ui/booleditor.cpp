@@ -1,0 +1,22 @@
+#include "booleditor.h"
+
+#include <QCheckBox>
+#include <QVBoxLayout>
+
+BoolParameterWidget::BoolParameterWidget(QWidget *parent)
+    : ParameterEditor(parent)
+    , m_box(new QCheckBox)
+{
+    contents()->addWidget(m_box);
+    setMainField(m_box);
+    connect(m_box, &QCheckBox::clicked, this, [this](bool isChecked) { choose(isChecked); });
+}
+
+void BoolParameterWidget::setParameter(const TransformParameter &parameter)
+{
+    if (take(parameter)) {
+        m_box->setText(parameter.label);
+        m_box->setToolTip(parameter.help);
+        m_box->setChecked(value<bool>());
+    }
+}

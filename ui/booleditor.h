@@ -1,0 +1,20 @@
+#pragma once
+
+#include "parametereditor.h"
+
+class QCheckBox;
+
+/// A check box.
+class BoolParameterWidget final : public ParameterEditor
+{
+    Q_OBJECT
+
+public:
+    explicit BoolParameterWidget(QWidget *parent = nullptr);
+
+    void setParameter(const TransformParameter &parameter) override;
+    bool showsLabel() const override { return true; }
+
+private:
+    QCheckBox *m_box;
+};
