@@ -3,7 +3,7 @@
 #include "node.h"
 #include "parametersummary.h"
 #include "transformsettings.h"
-#include "valueinterpretation.h"
+#include "valuekinds.h"
 
 #include <QCoreApplication>
 #include <QSet>
@@ -19,33 +19,22 @@ QString translated(const char *text)
     return QCoreApplication::translate("ParameterColumns", text);
 }
 
-bool mayBeDate(const QString &text)
+/// The kind of all values of a sample.
+ValueKind commonKind(const ValueKinds &kinds, const QStringList &values)
 {
-    return std::any_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); });
+    KindCounts counts;
+    for (const QString &value : values) {
+        counts.add(kinds.kind(value.toStdString()));
+    }
+    for (const ValueKind kind : {ValueKind::Integer, ValueKind::Date, ValueKind::Boolean}) {
+        if (counts.of(kind) == counts.total()) {
+            return kind;
+        }
+    }
+    return counts.numbers() == counts.total() ? ValueKind::Real : ValueKind::Text;
 }
 
-QString kindOf(const QStringList &values)
-{
-    const auto all = [&values](auto test) {
-        return std::all_of(values.begin(), values.end(), test);
-    };
-    if (all([](const QString &value) {
-            bool ok = false;
-            toReal(value, false, true, &ok);
-            return ok;
-        })) {
-        return translated("number");
-    }
-    const QStringList &patterns = TransformSettings::current().dateFormats;
-    if (all([&patterns](const QString &value) {
-            return mayBeDate(value) && toDate(value, patterns).isValid();
-        })) {
-        return translated("date");
-    }
-    return translated("text");
-}
-
-QString hintOf(const Dataset &table, ColIndex column)
+QString hintOf(const ValueKinds &kinds, const Dataset &table, ColIndex column)
 {
     constexpr int longest = 16;
     QStringList values;
@@ -56,13 +45,13 @@ QString hintOf(const Dataset &table, ColIndex column)
         }
     }
     if (values.isEmpty()) {
-        return table.hasRows() ? translated("empty") : QString();
+        return table.hasRows() ? valueKindLabel(ValueKind::Empty) : QString();
     }
     QString sample = values.first().simplified();
     if (sample.size() > longest) {
         sample = sample.left(longest - 1) + QChar(0x2026);
     }
-    return translated("%1: %2").arg(kindOf(values), sample);
+    return translated("%1: %2").arg(valueKindLabel(commonKind(kinds, values)), sample);
 }
 
 } // namespace
@@ -75,9 +64,10 @@ ParameterColumns::ParameterColumns(const UpstreamItem *input)
     m_names = input->upstreamColumns();
     m_hasHeader = input->upstreamHasHeader();
     const auto *const node = dynamic_cast<const Node *>(input);
+    const ValueKinds kinds(TransformSettings::current().dateFormats);
     const int sampled = qMin(count(), columnsSampled);
     for (int i = 0; node && i < sampled && i < node->dataset().columnCount().value(); ++i) {
-        m_hints.append(hintOf(node->dataset(), ColIndex(i)));
+        m_hints.append(hintOf(kinds, node->dataset(), ColIndex(i)));
     }
 }
 
