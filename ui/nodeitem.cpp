@@ -168,9 +168,8 @@ void NodeItem::layoutTexts()
     m_sizeLine = hint.elidedText(sizeLine(), Qt::ElideRight, width);
     m_summary.clear();
     if (const auto *transform = qobject_cast<const TransformNode *>(m_node)) {
-        const double room = width - (warnings > 0 ? m_warningWidth + 4 : 0.0);
         m_summary =
-            hint.elidedText(transform->transform().summary().simplified(), Qt::ElideMiddle, room);
+            hint.elidedText(transform->transform().summary().simplified(), Qt::ElideMiddle, width);
     }
     double height = m_nameLines.size() * m_style->nameHeight + m_style->hintHeight;
     // A name of two lines leaves no room for the options: they stay in the tooltip.

@@ -9,6 +9,7 @@
 #include "nodeitem.h"
 #include "outputnode.h"
 #include "quickadd.h"
+#include "runengine.h"
 #include "testsupport.h"
 #include "transform.h"
 #include "transformcatalogue.h"
@@ -159,6 +160,8 @@ private Q_SLOTS:
     void saysWhyNotConnected();
     void selectsByClickAndRubberBand();
     void movesOncePerDrag();
+    void raisesWhatIsTaken();
+    void waitsForTheItemInWork();
     void escapeCancelsADrag();
     void alignsAndSnaps();
     void movesByKeys();
@@ -272,6 +275,39 @@ void TestCanvasView::movesOncePerDrag()
     // A click on one of several selected items selects it alone.
     canvas.click(canvas.middleOf(nodes[0]));
     QCOMPARE(canvas.selected(), QList<Node *>{nodes[0]});
+}
+
+void TestCanvasView::raisesWhatIsTaken()
+{
+    Canvas canvas;
+    Node *lower = canvas.input({0, 0});
+    Node *upper = canvas.input({60, 30});
+    canvas.view.fit();
+    const QPoint shared = canvas.view.mapFromScene(QPointF(100, 45));
+    canvas.click(canvas.view.mapFromScene(QPointF(10, 10)));
+    QCOMPARE(canvas.scene().nodeAt(canvas.view.mapToScene(shared)), canvas.item(lower));
+    canvas.click(canvas.view.mapFromScene(QPointF(200, 80)));
+    QCOMPARE(canvas.scene().nodeAt(canvas.view.mapToScene(shared)), canvas.item(upper));
+}
+
+/// A move during a run is done when the item in hand has ended.
+void TestCanvasView::waitsForTheItemInWork()
+{
+    Canvas canvas;
+    const QList<Node *> nodes = canvas.chain();
+    bool isTried = false;
+    connect(&canvas.graph, &GraphScene::processingStart, this, [&](Node *node) {
+        if (node == nodes[1] && !isTried) {
+            isTried = true;
+            const QPoint from = canvas.middleOf(nodes[2]);
+            canvas.drag(from, from + QPoint(20, 90), Qt::AltModifier);
+            QCOMPARE(nodes[2]->pos(), QPointF(480, 0));
+        }
+    });
+    canvas.graph.runEngine().run({});
+    QVERIFY(isTried);
+    QCOMPARE(nodes[2]->pos(), QPointF(500, 90));
+    QCOMPARE(canvas.item(nodes[2])->pos(), QPointF(500, 90));
 }
 
 void TestCanvasView::escapeCancelsADrag()
@@ -629,6 +665,11 @@ void TestCanvasView::takesDrops()
     QVERIFY(drop(transform, (canvas.outputPort(nodes[0]) + canvas.inputPort(nodes[1])) / 2));
     QVERIFY(insertedOn);
     QCOMPARE(insertedOn, canvas.graph.connections().first());
+
+    // On an item: beside it, with that item as the input.
+    QVERIFY(drop(transform, canvas.middleOf(nodes[0])));
+    QCOMPARE(canvas.selected(), QList<Node *>{nodes[0]});
+    QVERIFY(transforms.last()[1].toPointF().x() > canvas.item(nodes[0])->cardRect().right());
 
     QMimeData text;
     text.setText(QStringLiteral("a"));
