@@ -4,7 +4,7 @@
 #include "graphscene.h"
 
 #include <QCoreApplication>
-#include <QSet>
+#include <algorithm>
 
 namespace {
 
@@ -71,20 +71,23 @@ void GraphCommand::detach(const QList<Node *> &nodes, const QList<Connection *> 
     }
 }
 
-void GraphCommand::sortBelow(const QList<Node *> &nodes)
+QSet<Node *> GraphCommand::sortBelow(const QList<Node *> &nodes)
 {
     QSet<Node *> seen;
+    QSet<Node *> changed;
     for (const Node *node : nodes) {
         for (const Connection *connection : node->downstreamConnections()) {
             Node *below = connection->to();
             if (!seen.contains(below)) {
                 seen.insert(below);
                 if (m_scene->sortInputs(below)) {
+                    changed.insert(below);
                     m_scene->inputsChanged(below);
                 }
             }
         }
     }
+    return changed;
 }
 
 StructureCommand::StructureCommand(GraphScene *scene, const QString &text,
@@ -170,7 +173,13 @@ void MoveCommand::redo()
         move.node->setPos(move.after);
         nodes.append(move.node);
     }
-    sortBelow(nodes);
+    // Only options that followed a change of order are to be restored.
+    const QSet<Node *> changed = sortBelow(nodes);
+    m_options.erase(std::remove_if(m_options.begin(), m_options.end(),
+                                   [&changed](const auto &options) {
+                                       return !changed.contains(options.first);
+                                   }),
+                    m_options.end());
 }
 
 void MoveCommand::undo()
@@ -181,12 +190,7 @@ void MoveCommand::undo()
         nodes.append(move.node);
     }
     sortBelow(nodes);
-    // Only options that followed a change of order are not what they were.
-    for (const auto &[node, values] : m_options) {
-        if (node->parameterValues() != values) {
-            node->setParameterValues(values);
-        }
-    }
+    restore(m_options);
     m_options.clear();
 }
 

@@ -3,6 +3,7 @@
 #include "transformnode.h"
 
 #include <QPointF>
+#include <QSet>
 #include <QUndoCommand>
 #include <functional>
 #include <memory>
@@ -27,8 +28,9 @@ protected:
     void detach(const QList<Node *> &nodes, const QList<Connection *> &connections,
                 std::vector<std::unique_ptr<Node>> *keptNodes,
                 std::vector<std::unique_ptr<Connection>> *keptConnections);
-    /// Sorts the inputs of the items below these after a move.
-    void sortBelow(const QList<Node *> &nodes);
+    /// Sorts the inputs of the items below these after a move; answers those that have another
+    /// order now.
+    QSet<Node *> sortBelow(const QList<Node *> &nodes);
 
     GraphScene *scene() const { return m_scene; }
 

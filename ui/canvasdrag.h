@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QList>
 #include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <QVector>
 #include <memory>

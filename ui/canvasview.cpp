@@ -193,12 +193,14 @@ void CanvasView::drawBackground(QPainter *painter, const QRectF &rect)
     if (!snapToGrid() || zoom() < 0.5) {
         return;
     }
+    const QRect cells(
+        QPoint(qFloor(rect.left() / dotDistance), qFloor(rect.top() / dotDistance)),
+        QPoint(qCeil(rect.right() / dotDistance), qCeil(rect.bottom() / dotDistance)));
     QVector<QPointF> dots;
-    for (double x = qFloor(rect.left() / dotDistance) * dotDistance; x < rect.right();
-         x += dotDistance) {
-        for (double y = qFloor(rect.top() / dotDistance) * dotDistance; y < rect.bottom();
-             y += dotDistance) {
-            dots.append(QPointF(x, y));
+    dots.reserve(cells.width() * cells.height());
+    for (int x = cells.left(); x <= cells.right(); ++x) {
+        for (int y = cells.top(); y <= cells.bottom(); ++y) {
+            dots.append(QPointF(x, y) * dotDistance);
         }
     }
     QPen pen(theme.border, 2.0, Qt::SolidLine, Qt::RoundCap);

@@ -269,6 +269,8 @@ void TestGraphScene::movingInputsMarksTheirTarget()
     QCOMPARE(below->status(), ItemStatus::UpToDate);
 
     graph.scene.moveItems({b}, {5, -50});
+    graph.scene.undo();
+    graph.scene.redo();
     QCOMPARE(join->status(), ItemStatus::UpToDate);
     graph.scene.moveItems({b}, {0, -100});
     QCOMPARE(join->upstreamNodes(), (QList<Node *>{b, a}));
