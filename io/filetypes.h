@@ -80,4 +80,5 @@ QString lineEndingText(LineEnding ending);
 QString writeModeLabel(WriteMode mode);
 
 /// The type that a file's extension (without the dot, any case) stands for in the built-in table.
-FileType fileTypeForExtension(const QString &extension, FileType otherwise = FileType::DelimitedText);
+FileType fileTypeForExtension(const QString &extension,
+                              FileType otherwise = FileType::DelimitedText);

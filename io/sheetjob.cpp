@@ -106,8 +106,8 @@ void SheetJob::countUnfit(int row, int column)
 void SheetJob::tell(Messages *messages) const
 {
     const auto list = [](const Problems &problems) {
-        return problems.cells.join(QLatin1String(", ")) +
-               (problems.count > problems.cells.size() ? QStringLiteral(", ...") : QString());
+        const QString cells = problems.cells.join(QLatin1String(", "));
+        return problems.count > problems.cells.size() ? tr("%1 and others").arg(cells) : cells;
     };
     if (m_tooLong.count > 0) {
         messages->warn(tr("%1 value(s) are longer than the %2 characters that a cell can hold. "

@@ -1,5 +1,8 @@
 #include "spilledbytes.h"
 
+#include <QDir>
+#include <cerrno>
+
 namespace {
 
 constexpr size_t mostInMemory = size_t(4) << 20;
@@ -13,18 +16,29 @@ bool SpilledBytes::append(std::string_view bytes)
     return m_latest.size() < mostInMemory || spill();
 }
 
+QString SpilledBytes::temporaryFileText(int systemError)
+{
+    return tr("A temporary file in '%1' cannot be used (%2).")
+        .arg(QDir::tempPath(), qt_error_string(systemError));
+}
+
+bool SpilledBytes::fail()
+{
+    m_error = temporaryFileText(errno);
+    return false;
+}
+
 bool SpilledBytes::spill()
 {
+    errno = 0;
     if (!m_file) {
         m_file = std::make_unique<QTemporaryFile>();
         if (!m_file->open()) {
-            m_error = m_file->errorString();
-            return false;
+            return fail();
         }
     }
     if (m_file->write(m_latest.data(), qint64(m_latest.size())) != qint64(m_latest.size())) {
-        m_error = m_file->errorString();
-        return false;
+        return fail();
     }
     m_size += qint64(m_latest.size());
     m_latest.clear();
@@ -35,16 +49,14 @@ bool SpilledBytes::forEachPiece(const std::function<bool(std::string_view)> &tak
 {
     if (m_file) {
         if (!m_file->flush() || !m_file->seek(0)) {
-            m_error = m_file->errorString();
-            return false;
+            return fail();
         }
         std::string piece(size_t(pieceSize), '\0');
         for (qint64 at = 0; at < m_size;) {
             const qint64 count =
                 m_file->read(piece.data(), std::min<qint64>(pieceSize, m_size - at));
             if (count <= 0) {
-                m_error = m_file->errorString();
-                return false;
+                return fail();
             }
             if (!take({piece.data(), size_t(count)})) {
                 return false;

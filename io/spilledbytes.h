@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QTemporaryFile>
 #include <functional>
 #include <memory>
@@ -10,6 +11,8 @@
 /// else in a temporary file.
 class SpilledBytes
 {
+    Q_DECLARE_TR_FUNCTIONS(SpilledBytes)
+
 public:
     /// Answers whether the bytes could be kept; see error().
     bool append(std::string_view bytes);
@@ -20,8 +23,12 @@ public:
     /// Why a call answered false; empty when the receiver was it.
     const QString &error() const { return m_error; }
 
+    /// Says that a temporary file failed, with the system's reason.
+    static QString temporaryFileText(int systemError);
+
 private:
     bool spill();
+    bool fail();
 
     std::unique_ptr<QTemporaryFile> m_file;
     /// Bytes in the file.

@@ -1,11 +1,13 @@
 #include "xlscontainer.h"
 
 #include "safefile.h"
+#include "spilledbytes.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QHash>
 #include <QTemporaryFile>
+#include <cerrno>
 #include <cstdio>
 #include <unistd.h>
 // GLib has names that are Qt's keywords elsewhere; they are off in this project.
@@ -128,7 +130,7 @@ bool putIntoFile(QTemporaryFile *from, SafeFile *file, QString *error)
 {
     constexpr qint64 blockSize = 1 << 16;
     if (!from->seek(0)) {
-        *error = from->errorString();
+        *error = SpilledBytes::temporaryFileText(errno);
         return false;
     }
     for (;;) {
@@ -141,7 +143,7 @@ bool putIntoFile(QTemporaryFile *from, SafeFile *file, QString *error)
         }
     }
     if (from->error() != QFileDevice::NoError) {
-        *error = from->errorString();
+        *error = SpilledBytes::temporaryFileText(errno);
         return false;
     }
     return true;
@@ -258,10 +260,11 @@ bool XlsContainer::hasOlderCopy() const
 bool XlsContainer::write(SafeFile *file, const PutRecords &putRecords, QString *error)
 {
     keepQuiet();
+    errno = 0;
     QTemporaryFile made;
     FILE *const stream = made.open() ? fdopen(dup(made.handle()), "w+b") : nullptr;
     if (!stream) {
-        *error = made.errorString();
+        *error = SpilledBytes::temporaryFileText(errno);
         return false;
     }
     const Output sink(gsf_output_stdio_new_FILE("", stream, TRUE));
@@ -284,9 +287,12 @@ bool XlsContainer::write(SafeFile *file, const PutRecords &putRecords, QString *
         if (!copied) {
             *error = damagedWorkbookText();
         } else if (!taken || (wasPut && !complete)) {
-            *error = qt_error_string(errno);
+            *error = SpilledBytes::temporaryFileText(errno);
         }
     }
-    complete = fclose(stream) == 0 && complete;
+    if (fclose(stream) != 0 && complete) {
+        complete = false;
+        *error = SpilledBytes::temporaryFileText(errno);
+    }
     return complete && putIntoFile(&made, file, error);
 }
