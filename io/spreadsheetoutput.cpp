@@ -25,7 +25,17 @@ QString withReason(const QString &text, const QString &reason)
     return reason.isEmpty() ? text : text + QLatin1Char('\n') + reason;
 }
 
-/// Why a name cannot be that of a sheet; empty when it can.
+bool checkSheetName(const QString &name, const QString &path, Messages *messages)
+{
+    const QString problem = sheetNameProblem(name);
+    if (!problem.isEmpty()) {
+        messages->fail(unableToAddSheetText(path, QString()) + problem);
+    }
+    return problem.isEmpty();
+}
+
+} // namespace
+
 QString sheetNameProblem(const QString &name)
 {
     for (const QChar c : name) {
@@ -47,17 +57,6 @@ QString sheetNameProblem(const QString &name)
     }
     return {};
 }
-
-bool checkSheetName(const QString &name, const QString &path, Messages *messages)
-{
-    const QString problem = sheetNameProblem(name);
-    if (!problem.isEmpty()) {
-        messages->fail(unableToAddSheetText(path, QString()) + problem);
-    }
-    return problem.isEmpty();
-}
-
-} // namespace
 
 QString unableToOpenText(const QString &path, const QString &reason)
 {

@@ -42,6 +42,8 @@ QString unableToSaveChangesText(const QString &path, const QString &reason);
 QString unableToAddSheetText(const QString &path, const QString &reason);
 QString sheetWithoutCellsText(const QString &sheet);
 QString defaultSheetName();
+/// Why a name cannot be that of a sheet, on a line of its own; empty when it can.
+QString sheetNameProblem(const QString &name);
 /// Whether a sheet of the workbook that is there is changed, or one added, instead of a new
 /// workbook written.
 bool changesWorkbook(const OutputOptions &options, const SheetTarget &target);

@@ -1,59 +1,26 @@
 #include "fixedwidtheditor.h"
 #include "fixedwidthview.h"
-#include "graphscene.h"
 #include "icons.h"
 #include "inputexcerpt.h"
 #include "inputnode.h"
 #include "inputoptionseditor.h"
 #include "inputpreview.h"
 #include "inputreader.h"
-#include "optionfield.h"
+#include "optionbench.h"
 #include "schemaeditor.h"
-#include "scriptedinterface.h"
 #include "testsupport.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QComboBox>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
-#include <QUndoStack>
 
 namespace {
 
-/// A scene with one input and its editor, shown and active.
-struct InputBench
-{
-    explicit InputBench(const InputOptions &options = {})
-    {
-        scene.document().autoRun = false;
-        node = scene.insert(std::make_unique<InputNode>(options));
-        editor.setNode(node);
-        editor.resize(300, 900);
-        editor.show();
-        editor.activateWindow();
-        (void)QTest::qWaitForWindowActive(&editor);
-    }
-
-    OptionField *field(const QByteArray &key)
-    {
-        return editor.findChild<OptionField *>(QString(key));
-    }
-    bool isShown(const QByteArray &key) { return !field(key)->isHidden(); }
-    QLineEdit *line(const QByteArray &key)
-    {
-        auto *edit = qobject_cast<QLineEdit *>(field(key)->editor());
-        return edit ? edit : field(key)->editor()->findChild<QLineEdit *>();
-    }
-
-    ScriptedInterface user;
-    GraphScene scene{&user};
-    InputNode *node;
-    InputOptionsEditor editor{&scene};
-};
+using InputBench = OptionBench<InputNode, InputOptions, InputOptionsEditor>;
 
 InputOptions optionsOf(FileType type, Medium medium = Medium::File)
 {
@@ -99,23 +66,6 @@ QString stored(const InputNode &node, const QByteArray &key)
         {"alias", node.alias()},
     };
     return values.at(key);
-}
-
-/// What a user does at a field: "click", "space", keys "down" and "up", or a text to type.
-void act(QWidget *editor, const QString &action)
-{
-    if (action == "click") {
-        QTest::mouseClick(editor, Qt::LeftButton, {}, QPoint(8, editor->height() / 2));
-    } else if (action == "space") {
-        QTest::keyClick(editor, Qt::Key_Space);
-    } else if (action == "down") {
-        QTest::keyClick(editor, Qt::Key_Down);
-    } else if (action == "up") {
-        QTest::keyClick(editor, Qt::Key_Up);
-    } else {
-        QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClicks(editor, action);
-    }
 }
 
 } // namespace
@@ -178,22 +128,8 @@ private Q_SLOTS:
                  << "alias"
                  << "show_meta";
         expected.sort();
-        QStringList found;
-        for (const OptionField *field : bench.editor.findChildren<OptionField *>()) {
-            if (!field->isHidden()) {
-                found.append(field->objectName());
-            }
-        }
-        found.sort();
-        QCOMPARE(found, expected);
-        for (const QWidget *widget : bench.editor.findChildren<QWidget *>()) {
-            if (widget->isVisible() && widget->focusPolicy() & Qt::TabFocus &&
-                !widget->focusProxy() && !qobject_cast<const QPushButton *>(widget) &&
-                !widget->parentWidget()->inherits("QComboBox")) {
-                QVERIFY2(!widget->accessibleName().isEmpty() || widget->inherits("QToolButton"),
-                         widget->metaObject()->className());
-            }
-        }
+        QCOMPARE(bench.shownFields(), expected);
+        QCOMPARE(bench.unnamedControls(), QStringList());
     }
 
     void fitsNarrowPane_data() { shownInputOptions_data(); }
@@ -208,13 +144,7 @@ private Q_SLOTS:
         options.delimiter = Delimiter::Custom;
         options.autoFixedWidths = false;
         InputBench bench(options);
-        QVERIFY(bench.editor.minimumSizeHint().width() <= 300);
-        for (const OptionField *field : bench.editor.findChildren<OptionField *>()) {
-            if (field->isVisible()) {
-                QVERIFY2(field->minimumSizeHint().width() <= field->width(),
-                         qPrintable(field->objectName()));
-            }
-        }
+        QCOMPARE(bench.cutFields(), QStringList());
     }
 
     void inputEdits_data()
@@ -277,21 +207,7 @@ private Q_SLOTS:
         options.delimiter = key == "delimiter" ? Delimiter::Automatic : Delimiter::Custom;
         options.customDelimiter = ";";
         InputBench bench(options);
-        const QString before = stored(*bench.node, key);
-        QVERIFY(before != expected);
-        QWidget *editor = focusWidgetOf(bench.field(key)->editor());
-        act(editor, action);
-        QCOMPARE(stored(*bench.node, key), expected);
-        QCOMPARE(bench.scene.undoStack().count(), 1);
-        QVERIFY(!bench.scene.undoStack().undoText().isEmpty());
-        bench.scene.undo();
-        QCOMPARE(stored(*bench.node, key), before);
-        bench.scene.redo();
-        QCOMPARE(stored(*bench.node, key), expected);
-        // The field shows what is stored, so that the same action changes nothing any more.
-        bench.scene.undo();
-        act(editor, action);
-        QCOMPARE(stored(*bench.node, key), expected);
+        checkEdit(&bench, key, action, expected, stored);
     }
 
     void editsOfClipboardText()
