@@ -133,7 +133,7 @@ quint16 NumberFormats::idOf(const std::string &code)
 }
 
 CellColumn::CellColumn(CellFormat format, const ColumnReader &reader,
-                       const QStringList &dateFormats, DateSystem dateSystem,
+                       const QStringList &dateFormats, DateSystem dateSystem, size_t mostRemembered,
                        NumberFormats *formats)
     : m_format(format)
     , m_reader(reader)
@@ -152,7 +152,7 @@ CellColumn::CellColumn(CellFormat format, const ColumnReader &reader,
     m_decimalPoint = comma ? ',' : '.';
     const QChar group = comma ? QLatin1Char('.') : QLatin1Char(',');
     m_groupSeparator = locale.groupSeparator() == group ? group.toLatin1() : '\0';
-    if (reader.isPooled()) {
+    if (reader.isPooled() && reader.codeCount() <= mostRemembered) {
         m_known.resize(reader.codeCount());
         m_isKnown.resize(reader.codeCount());
     }
@@ -316,7 +316,8 @@ bool CellColumn::readPlainNumber(std::string_view text, CellValue *value)
             return false;
         }
     }
-    if (whole + decimals > size_t(mostDigits)) {
+    const size_t leadingZeros = digits[sign] == '0' ? 1 : 0;
+    if (whole - leadingZeros + decimals > size_t(mostDigits)) {
         return false;
     }
     std::from_chars(digits.data(), digits.data() + count, value->number);

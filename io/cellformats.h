@@ -63,9 +63,10 @@ public:
     /// Characters (UTF-16 units) that a cell can hold.
     static constexpr size_t mostCharacters = 32767;
 
-    /// `dateFormats`: patterns in QDate's syntax. The formats must outlive this object.
+    /// `dateFormats`: patterns in QDate's syntax. The formats must outlive this object. What values
+    /// become is remembered when `mostRemembered` is enough for all that the column has.
     CellColumn(CellFormat format, const ColumnReader &reader, const QStringList &dateFormats,
-               DateSystem dateSystem, NumberFormats *formats);
+               DateSystem dateSystem, size_t mostRemembered, NumberFormats *formats);
 
     CellValue value(int row);
     std::string_view utf8(int row) const { return m_reader.utf8(row); }

@@ -74,10 +74,14 @@ void SheetJob::makeColumns()
 {
     m_columns.clear();
     m_columns.reserve(size_t(columnCount()));
+    // Wide tables would take much memory for what is soon made again.
+    constexpr size_t mostMemory = size_t(24) << 20;
+    const size_t mostRemembered =
+        mostMemory / sizeof(CellValue) / std::max(size_t(columnCount()), size_t(1));
     for (int column = 0; column < columnCount(); ++column) {
         m_columns.emplace_back(m_columnFormats[size_t(column)],
                                m_dataset.columnReader(ColIndex(column)), m_context.dateFormats,
-                               m_dateSystem, &m_formats);
+                               m_dateSystem, mostRemembered, &m_formats);
     }
 }
 

@@ -23,7 +23,7 @@ DOCUMENT = """<!DOCTYPE Tabweave>
     <transforms>
     </transforms>
     <outputs>
-        <output id="2" name="Out" alias="out" {output} enable_output="1" pos="400^200"/>
+        <output id="2" name="Out" alias="out" {output} enable_output="{mode}" pos="400^200"/>
     </outputs>
     <notes>
     </notes>
@@ -50,7 +50,7 @@ class Referee:
     def path(self, name):
         return os.path.join(self.work, name)
 
-    def run(self, input_attributes, output_attributes):
+    def run(self, input_attributes, output_attributes, write_mode=1):
         """Runs a document of one input and one output; answers the log."""
         spelled = [
             " ".join(f"{key}={quoteattr(str(value))}" for key, value in attributes.items())
@@ -58,7 +58,7 @@ class Referee:
         ]
         document = self.path("document.transform")
         with open(document, "w", encoding="utf-8") as file:
-            file.write(DOCUMENT.format(input=spelled[0], output=spelled[1]))
+            file.write(DOCUMENT.format(input=spelled[0], output=spelled[1], mode=write_mode))
         result = subprocess.run(
             [self.program, "-cli", document, "-verbose"],
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300, check=False)

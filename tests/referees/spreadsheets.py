@@ -275,4 +275,5 @@ def main():
     referee.finish()
 
 
-main()
+if __name__ == "__main__":
+    main()
