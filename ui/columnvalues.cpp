@@ -144,8 +144,10 @@ void ColumnValues::makeList()
     m_list->header()->setStretchLastSection(false);
     m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    m_list->header()->setSectionResizeMode(2, QHeaderView::Fixed);
+    m_list->header()->resizeSection(2, fontMetrics().averageCharWidth() * 12);
     m_list->header()->setSectionsClickable(false);
-    m_list->setItemDelegateForColumn(2, new ShareDelegate(m_list));
+    m_list->setItemDelegate(new ShareDelegate(m_list));
     m_list->viewport()->installEventFilter(this);
     connect(m_list, &QTreeWidget::customContextMenuRequested, this, &ColumnValues::showListMenu);
     connect(m_list, &QTreeWidget::itemActivated, this, &ColumnValues::filterByCurrent);
@@ -293,8 +295,8 @@ void ColumnValues::showHistogram()
     // One value has no distribution.
     m_histogram->setVisible(spread.count > 0 && spread.smallest < spread.largest);
     if (spread.count > 0) {
-        m_histogram->setBins(spread.bins, placeText(spread.smallest, isDate),
-                             placeText(spread.largest, isDate), binLabels(spread, isDate));
+        m_histogram->setBins(spread.bins, Utf8::decoded(spread.smallestValue),
+                             Utf8::decoded(spread.largestValue), binLabels(spread, isDate));
     }
 }
 

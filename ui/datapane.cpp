@@ -7,6 +7,7 @@
 #include "tablefind.h"
 #include "texts.h"
 #include "theme.h"
+#include "valuecharts.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -63,16 +64,16 @@ QWidget *DataPane::makeToolBar()
     auto *const row = new QHBoxLayout(bar);
     row->setContentsMargins(8, 4, 8, 4);
     row->setSpacing(4);
-    m_caption = new QLabel(bar);
-    row->addWidget(m_caption);
-    row->addStretch(1);
+    m_caption = new ElidedLabel(QString(), bar);
+    row->addWidget(m_caption, 1);
     makeFindBox();
     m_copy = makeButton(tr("Copy"), tr("Copy the selected cells"));
     m_copy->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_blanks = makeButton(tr("Show blanks"), tr("Show spaces as dots and tabs as arrows"));
     m_blanks->setCheckable(true);
     row->addWidget(m_findState);
-    row->addWidget(m_findEdit, 1);
+    row->addSpacing(4);
+    row->addWidget(m_findEdit);
     row->addWidget(m_previous);
     row->addWidget(m_next);
     row->addSpacing(8);
@@ -88,7 +89,7 @@ void DataPane::makeFindBox()
     m_findEdit->setAccessibleName(tr("Find in table"));
     m_findEdit->setClearButtonEnabled(true);
     m_findEdit->setMinimumWidth(fontMetrics().averageCharWidth() * 14);
-    m_findEdit->setMaximumWidth(fontMetrics().averageCharWidth() * 30);
+    m_findEdit->setMaximumWidth(fontMetrics().averageCharWidth() * 26);
     m_findEdit->installEventFilter(this);
     m_findState = new QLabel(this);
     m_previous = makeButton(tr("Previous match"), tr("Previous match (Shift+F3)"));
@@ -106,6 +107,7 @@ QWidget *DataPane::makeNoteBar()
     m_note->setTextFormat(Qt::PlainText);
     m_note->setWordWrap(true);
     m_noteButton = makeButton(QString(), QString());
+    m_noteButton->setAutoRaise(false);
     row->addWidget(m_note, 1);
     row->addWidget(m_noteButton);
     return m_noteBar;
@@ -169,6 +171,7 @@ void DataPane::changeEvent(QEvent *event)
 void DataPane::showData(const Dataset &table, const Dataset &input, const QString &emptyText)
 {
     m_passingNote.clear();
+    m_wrapped = false;
     m_view->setEmptyText(emptyText);
     m_model->setData(table, input);
     updateCaption();
@@ -225,7 +228,7 @@ void DataPane::updateNote()
 {
     QString note = m_passingNote;
     QString button = tr("Close");
-    if (note.isEmpty() && m_model->sortColumn() >= 0) {
+    if (note.isEmpty() && m_model->sortColumn() >= 0 && m_model->rowCount() > 0) {
         const QString name = m_model->columnName(m_model->sortColumn()).left(80);
         note = m_model->isSorting() ? tr("Sorting by \"%1\" for viewing...").arg(name)
                                     : tr("Sorted by \"%1\" for viewing only: the data, and what "

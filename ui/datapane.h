@@ -8,6 +8,7 @@
 class ColumnValues;
 class DataTableModel;
 class DataTableView;
+class ElidedLabel;
 class QLabel;
 class QLineEdit;
 class QSplitter;
@@ -58,7 +59,7 @@ private:
     DataTableView *m_view;
     ColumnValues *m_values = nullptr;
     QSplitter *m_splitter = nullptr;
-    QLabel *m_caption = nullptr;
+    ElidedLabel *m_caption = nullptr;
     QLineEdit *m_findEdit = nullptr;
     QLabel *m_findState = nullptr;
     QToolButton *m_previous = nullptr;

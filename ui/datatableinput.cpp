@@ -42,7 +42,8 @@ bool isTableKey(const QKeyEvent *event)
         }
     }
     return QKeySequence(int(event->modifiers()) | event->key()) == copyWithHeaderKeys ||
-           (event->key() == Qt::Key_Space && event->modifiers() != Qt::NoModifier);
+           (event->key() == Qt::Key_Space &&
+            (event->modifiers() == Qt::ControlModifier || event->modifiers() == Qt::ShiftModifier));
 }
 
 } // namespace
@@ -80,7 +81,6 @@ void DataTableView::setSelection(CellPlace anchor, CellPlace current, Whole whol
     m_header->update();
     if (moved || !current.isValid()) {
         announceCurrent();
-        Q_EMIT currentChanged();
     }
 }
 

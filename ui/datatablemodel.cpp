@@ -39,6 +39,7 @@ public:
         if (m_row == m_model->rowCount()) {
             m_counts.isExact = true;
             m_model->m_kinds[size_t(m_column)] = m_counts;
+            Q_EMIT m_model->kindsChanged();
             m_counts = KindCounts();
             m_row = 0;
             ++m_column;
@@ -72,8 +73,6 @@ private:
 DataTableModel::DataTableModel(QObject *parent)
     : QObject(parent)
 {
-    connect(&m_counting, &IdleWork::advanced, this, &DataTableModel::kindsChanged);
-    connect(&m_counting, &IdleWork::ended, this, &DataTableModel::kindsChanged);
     connect(&m_sorting, &IdleWork::ended, this, &DataTableModel::sortChanged);
 }
 

@@ -36,7 +36,7 @@ struct DataTableView::Colors
     explicit Colors(bool hasFocus)
         : theme(Theme::current())
         , changed(mixed(theme.card, theme.warning, theme.isDark ? 0.22 : 0.13))
-        , match(mixed(theme.card, theme.note, theme.isDark ? 0.4 : 0.3))
+        , match(mixed(theme.card, theme.isDark ? theme.note : QColor(0xffc800), 0.3))
         , frame(hasFocus ? theme.accent : theme.secondaryText)
     {
     }
@@ -68,7 +68,8 @@ DataTableView::DataTableView(DataTableModel *model, TableFind *find, QWidget *pa
     connect(model, &DataTableModel::dataReplaced, this, &DataTableView::takeData);
     connect(model, &DataTableModel::sortChanged, viewport(), qOverload<>(&QWidget::update));
     connect(model, &DataTableModel::sortChanged, this, &DataTableView::announceCurrent);
-    connect(find, &TableFind::countChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(model, &DataTableModel::kindsChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(find, &TableFind::textChanged, viewport(), qOverload<>(&QWidget::update));
     takeData();
 }
 
@@ -127,7 +128,9 @@ void DataTableView::updateLayout()
         widths.push_back(widthFor(column));
     }
     m_columns.setWidths(widths);
-    setViewportMargins(0, m_header->neededHeight(), 0, 0);
+    const bool hasColumns = m_model->columnCount() > 0;
+    m_header->setVisible(hasColumns);
+    setViewportMargins(0, hasColumns ? m_header->neededHeight() : 0, 0, 0);
     updateScrollBars();
     viewport()->update();
     m_header->update();
@@ -313,7 +316,7 @@ void DataTableView::paintRowNumber(QPainter *painter, int row, const QRect &rect
                                    const Colors &colors) const
 {
     const CellRange range = selection();
-    const bool isSelected = row >= range.top && row <= range.bottom;
+    const bool isSelected = m_whole != Whole::Columns && row >= range.top && row <= range.bottom;
     painter->fillRect(rect,
                       isSelected ? colors.selected(colors.theme.window) : colors.theme.window);
     painter->setPen(colors.theme.border);

@@ -55,7 +55,6 @@ public:
     QString currentCellText() const;
 
 Q_SIGNALS:
-    void currentChanged();
     void columnValuesWanted(int column);
     void filterWanted(const QString &column, const QString &value);
     void findWanted();

@@ -1,11 +1,10 @@
 #include "idlework.h"
 
-#include <QElapsedTimer>
-
 namespace {
 
 // Several works may run side by side, and a run of the graph lets the window in only now and then.
 constexpr int sliceMilliseconds = 8;
+constexpr int toldMilliseconds = 100;
 
 } // namespace
 
@@ -18,6 +17,7 @@ IdleWork::IdleWork(QObject *parent)
 void IdleWork::start(const Step &step)
 {
     m_step = step;
+    m_lastTold.start();
     m_timer.start(0);
 }
 
@@ -39,5 +39,8 @@ void IdleWork::runSlice()
             return;
         }
     }
-    Q_EMIT advanced();
+    if (m_lastTold.elapsed() >= toldMilliseconds) {
+        m_lastTold.start();
+        Q_EMIT advanced();
+    }
 }

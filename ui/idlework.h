@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 #include <functional>
@@ -21,7 +22,7 @@ public:
     bool isRunning() const { return m_timer.isActive(); }
 
 Q_SIGNALS:
-    /// After a slice that left work.
+    /// At most every 100 ms while work is left.
     void advanced();
     void ended();
 
@@ -29,5 +30,6 @@ private:
     void runSlice();
 
     QTimer m_timer;
+    QElapsedTimer m_lastTold;
     Step m_step;
 };

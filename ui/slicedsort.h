@@ -41,7 +41,7 @@ private:
             return false;
         }
         m_width = width;
-        m_merged.resize(m_items.size());
+        m_merged.reserve(m_items.size());
         m_out = 0;
         startPair();
         return true;
@@ -60,6 +60,7 @@ private:
         for (size_t n = 0; n < sliceSize; ++n) {
             if (m_out == m_items.size()) {
                 m_items.swap(m_merged);
+                m_merged.clear();
                 return startPass(m_width * 2);
             }
             if (m_out == m_end) {
@@ -67,7 +68,8 @@ private:
             }
             const bool fromRight = m_left == m_middle ||
                                    (m_right < m_end && m_less(m_items[m_right], m_items[m_left]));
-            m_merged[m_out++] = m_items[fromRight ? m_right++ : m_left++];
+            m_merged.push_back(m_items[fromRight ? m_right++ : m_left++]);
+            ++m_out;
         }
         return true;
     }

@@ -31,6 +31,7 @@ void TableFind::setText(const QString &text)
 {
     m_matcher.setPattern(text);
     reset();
+    Q_EMIT textChanged();
 }
 
 void TableFind::reset()

@@ -25,6 +25,7 @@ public:
     bool isCounting() const { return m_counting.isRunning(); }
 
 Q_SIGNALS:
+    void textChanged();
     void found(CellPlace place, bool wrapped);
     void notFound();
     void countChanged();

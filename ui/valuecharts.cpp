@@ -188,11 +188,17 @@ void ShareDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const
 {
     QStyledItemDelegate::paint(painter, option, index);
-    if ((option.state & QStyle::State_Selected) != 0) {
+    const QVariant data = index.data(Qt::UserRole);
+    if (!data.isValid() || (option.state & QStyle::State_Selected) != 0) {
         return;
     }
-    const double share = index.data(Qt::UserRole).toDouble();
+    const double share = data.toDouble();
     const QRect area = option.rect.adjusted(2, 3, -2, -3);
     const int width = qMax(2, int(share * area.width()));
     painter->fillRect(QRect(area.topLeft(), QSize(width, area.height())), softAccent());
+}
+
+QSize ShareDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    return QStyledItemDelegate::sizeHint(option, index) + QSize(0, 4);
 }

@@ -79,7 +79,7 @@ private:
     QStringList m_labels;
 };
 
-/// Draws a share (Qt::UserRole, 0 to 1) as a bar behind the text of a cell.
+/// Draws a share (Qt::UserRole, 0 to 1; none when it is not set) as a bar over the text of a cell.
 class ShareDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -88,6 +88,7 @@ public:
     using QStyledItemDelegate::QStyledItemDelegate;
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
                const QModelIndex &index) const override;
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 };
 
 /// "12.5 %"; "<0.1 %" for a share that is not nothing.

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int rowsPerStep = 4096;
+constexpr int itemsPerStep = 2048;
 constexpr quint32 unseen = std::numeric_limits<quint32>::max();
 
 /// A number whose order is that of the doubles.
@@ -74,10 +74,15 @@ ViewSort::ViewSort(const Dataset &table, ColIndex column, bool ascending,
 
 bool ViewSort::step()
 {
-    if (m_phase == Phase::Sort) {
-        return m_sort->step() || startNextPhase();
-    }
-    const int end = std::min(m_table.rowCount() - m_row, rowsPerStep) + m_row;
+    const bool hasMore = m_phase == Phase::Sort   ? m_sort->step()
+                         : m_phase == Phase::Rank ? rankSome()
+                                                  : stepOverRows();
+    return hasMore || startNextPhase();
+}
+
+bool ViewSort::stepOverRows()
+{
+    const int end = std::min(m_table.rowCount() - m_row, itemsPerStep) + m_row;
     for (; m_row < end; ++m_row) {
         if (m_phase == Phase::Collect) {
             takeKeyOf(m_row);
@@ -90,7 +95,21 @@ bool ViewSort::step()
             m_order[m_starts[rank]++] = m_row;
         }
     }
-    return m_row < m_table.rowCount() || startNextPhase();
+    return m_row < m_table.rowCount();
+}
+
+/// Equal values get the same rank.
+bool ViewSort::rankSome()
+{
+    const Less less{&m_reader, m_ascending};
+    const size_t end = std::min(m_keys.size(), m_ranked + size_t(itemsPerStep));
+    for (; m_ranked < end; ++m_ranked) {
+        if (m_ranked > 0 && less(m_keys[m_ranked - 1], m_keys[m_ranked])) {
+            ++m_rank;
+        }
+        m_rankOfCode[m_keys[m_ranked].code] = m_rank;
+    }
+    return m_ranked < m_keys.size();
 }
 
 bool ViewSort::startNextPhase()
@@ -103,8 +122,13 @@ bool ViewSort::startNextPhase()
         m_phase = Phase::Sort;
         return true;
     case Phase::Sort:
-        rank(m_sort->take());
+        m_keys = m_sort->take();
         m_sort.reset();
+        m_phase = Phase::Rank;
+        return true;
+    case Phase::Rank:
+        m_keys = {};
+        m_starts.assign(size_t(m_rank) + 2, 0);
         m_phase = Phase::Count;
         return true;
     case Phase::Count:
@@ -144,17 +168,4 @@ void ViewSort::takeKeyOf(int row)
         m_rankOfCode[code] = 0;
         m_keys.push_back(keyOf(code));
     }
-}
-
-void ViewSort::rank(const std::vector<Key> &sorted)
-{
-    const Less less{&m_reader, m_ascending};
-    quint32 rank = 0;
-    for (size_t i = 0; i < sorted.size(); ++i) {
-        if (i > 0 && less(sorted[i - 1], sorted[i])) {
-            ++rank;
-        }
-        m_rankOfCode[sorted[i].code] = rank;
-    }
-    m_starts.assign(size_t(rank) + 2, 0);
 }

@@ -20,7 +20,7 @@ public:
     RowSelection takeOrder() { return std::move(m_order); }
 
 private:
-    enum class Phase : quint8 { Collect, Sort, Count, Place };
+    enum class Phase : quint8 { Collect, Sort, Rank, Count, Place };
     enum class Group : quint8 { Number, Date, Text, Empty };
     /// `head` orders the values of a group, texts by their first bytes only.
     struct Key
@@ -36,9 +36,10 @@ private:
         bool operator()(const Key &a, const Key &b) const;
     };
 
+    bool stepOverRows();
+    bool rankSome();
     void takeKeyOf(int row);
     Key keyOf(quint32 code) const;
-    void rank(const std::vector<Key> &sorted);
     bool startNextPhase();
 
     Dataset m_table;
@@ -46,10 +47,12 @@ private:
     ValueKinds m_kinds;
     bool m_ascending;
     std::vector<quint32> m_rankOfCode;
-    std::vector<Key> m_keys;
+    std::vector<Key> m_keys; // of the distinct values
     std::unique_ptr<SlicedSort<Key, Less>> m_sort;
     std::vector<quint32> m_starts; // by rank: where its next row goes
     RowSelection m_order;
     int m_row = 0;
+    size_t m_ranked = 0;
+    quint32 m_rank = 0;
     Phase m_phase = Phase::Collect;
 };
