@@ -29,6 +29,8 @@ ColumnStatistics::ColumnStatistics(const Dataset &table, ColIndex column,
     , m_codesAreValues(m_reader.isPooled() && ValuePool::isPoolingEnabled())
     , m_countOfCode(m_reader.codeCount(), 0)
 {
+    // Growing would copy all at once.
+    m_codes.reserve(std::min(size_t(m_table.rowCount()), m_countOfCode.size()));
 }
 
 size_t ColumnStatistics::itemCount() const

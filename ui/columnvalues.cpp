@@ -184,7 +184,7 @@ void ColumnValues::changeEvent(QEvent *event)
 void ColumnValues::updateIcons()
 {
     if (m_close) {
-        m_close->setIcon(Icons::action(QStringLiteral("window-close")));
+        m_close->setIcon(Icons::colored(QStringLiteral("close"), Theme::current().secondaryText));
         m_title->setFont(Theme::titleFont(font()));
     }
 }

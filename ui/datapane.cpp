@@ -65,6 +65,7 @@ QWidget *DataPane::makeToolBar()
     row->setContentsMargins(8, 4, 8, 4);
     row->setSpacing(4);
     m_caption = new ElidedLabel(QString(), bar);
+    m_caption->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     row->addWidget(m_caption, 1);
     makeFindBox();
     m_copy = makeButton(tr("Copy"), tr("Copy the selected cells"));
@@ -88,7 +89,7 @@ void DataPane::makeFindBox()
     m_findEdit->setPlaceholderText(tr("Find in table"));
     m_findEdit->setAccessibleName(tr("Find in table"));
     m_findEdit->setClearButtonEnabled(true);
-    m_findEdit->setMinimumWidth(fontMetrics().averageCharWidth() * 14);
+    m_findEdit->setMinimumWidth(fontMetrics().averageCharWidth() * 10);
     m_findEdit->setMaximumWidth(fontMetrics().averageCharWidth() * 26);
     m_findEdit->installEventFilter(this);
     m_findState = new QLabel(this);

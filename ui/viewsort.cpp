@@ -70,11 +70,14 @@ ViewSort::ViewSort(const Dataset &table, ColIndex column, bool ascending,
     , m_ascending(ascending)
     , m_rankOfCode(m_reader.codeCount(), unseen)
 {
+    // Growing would copy all at once.
+    m_keys.reserve(std::min(size_t(m_table.rowCount()), m_rankOfCode.size()));
 }
 
 bool ViewSort::step()
 {
-    const bool hasMore = m_phase == Phase::Sort   ? m_sort->step()
+    const bool hasMore = m_phase == Phase::Heads  ? readSomeHeads()
+                         : m_phase == Phase::Sort ? m_sort->step()
                          : m_phase == Phase::Rank ? rankSome()
                                                   : stepOverRows();
     return hasMore || startNextPhase();
@@ -98,18 +101,42 @@ bool ViewSort::stepOverRows()
     return m_row < m_table.rowCount();
 }
 
+bool ViewSort::readSomeHeads()
+{
+    const size_t end = std::min(m_keys.size(), m_keyAt + size_t(itemsPerStep));
+    for (; m_keyAt < end; ++m_keyAt) {
+        Key &key = m_keys[m_keyAt];
+        if (key.group == Group::Text) {
+            key.head = headOf(m_reader.utf8OfCode(key.code).substr(m_commonStart.size()));
+        }
+    }
+    return m_keyAt < m_keys.size();
+}
+
+void ViewSort::noteCommonStart(std::string_view text)
+{
+    if (!m_hasText) {
+        m_commonStart = text;
+        m_hasText = true;
+        return;
+    }
+    const auto ends =
+        std::mismatch(m_commonStart.begin(), m_commonStart.end(), text.begin(), text.end());
+    m_commonStart = m_commonStart.substr(0, size_t(ends.first - m_commonStart.begin()));
+}
+
 /// Equal values get the same rank.
 bool ViewSort::rankSome()
 {
     const Less less{&m_reader, m_ascending};
-    const size_t end = std::min(m_keys.size(), m_ranked + size_t(itemsPerStep));
-    for (; m_ranked < end; ++m_ranked) {
-        if (m_ranked > 0 && less(m_keys[m_ranked - 1], m_keys[m_ranked])) {
+    const size_t end = std::min(m_keys.size(), m_keyAt + size_t(itemsPerStep));
+    for (; m_keyAt < end; ++m_keyAt) {
+        if (m_keyAt > 0 && less(m_keys[m_keyAt - 1], m_keys[m_keyAt])) {
             ++m_rank;
         }
-        m_rankOfCode[m_keys[m_ranked].code] = m_rank;
+        m_rankOfCode[m_keys[m_keyAt].code] = m_rank;
     }
-    return m_ranked < m_keys.size();
+    return m_keyAt < m_keys.size();
 }
 
 bool ViewSort::startNextPhase()
@@ -117,6 +144,10 @@ bool ViewSort::startNextPhase()
     m_row = 0;
     switch (m_phase) {
     case Phase::Collect:
+        m_phase = Phase::Heads;
+        return true;
+    case Phase::Heads:
+        m_keyAt = 0;
         m_sort = std::make_unique<SlicedSort<Key, Less>>(std::move(m_keys),
                                                          Less{&m_reader, m_ascending});
         m_phase = Phase::Sort;
@@ -142,7 +173,7 @@ bool ViewSort::startNextPhase()
     return false;
 }
 
-ViewSort::Key ViewSort::keyOf(quint32 code) const
+ViewSort::Key ViewSort::keyOf(quint32 code)
 {
     const std::string_view value = m_reader.utf8OfCode(code);
     double place = 0;
@@ -158,7 +189,8 @@ ViewSort::Key ViewSort::keyOf(quint32 code) const
     case ValueKind::Text:
         break;
     }
-    return {headOf(value), code, Group::Text};
+    noteCommonStart(value);
+    return {0, code, Group::Text};
 }
 
 void ViewSort::takeKeyOf(int row)

@@ -20,9 +20,10 @@ public:
     RowSelection takeOrder() { return std::move(m_order); }
 
 private:
-    enum class Phase : quint8 { Collect, Sort, Rank, Count, Place };
+    enum class Phase : quint8 { Collect, Heads, Sort, Rank, Count, Place };
     enum class Group : quint8 { Number, Date, Text, Empty };
-    /// `head` orders the values of a group, texts by their first bytes only.
+    /// `head` orders the values of a group, texts only by the first bytes behind what all of them
+    /// begin with.
     struct Key
     {
         quint64 head = 0;
@@ -37,9 +38,11 @@ private:
     };
 
     bool stepOverRows();
+    bool readSomeHeads();
     bool rankSome();
+    void noteCommonStart(std::string_view text);
     void takeKeyOf(int row);
-    Key keyOf(quint32 code) const;
+    Key keyOf(quint32 code);
     bool startNextPhase();
 
     Dataset m_table;
@@ -51,8 +54,10 @@ private:
     std::unique_ptr<SlicedSort<Key, Less>> m_sort;
     std::vector<quint32> m_starts; // by rank: where its next row goes
     RowSelection m_order;
+    std::string_view m_commonStart;
+    bool m_hasText = false;
     int m_row = 0;
-    size_t m_ranked = 0;
+    size_t m_keyAt = 0;
     quint32 m_rank = 0;
     Phase m_phase = Phase::Collect;
 };

@@ -71,7 +71,7 @@ private Q_SLOTS:
         }
         for (const char *const name :
              {"input", "output", "note", "run", "run-all", "run-selected", "stop", "autorun",
-              "connect", "fit", "snap", "clipboard", "duplicate", "column-values"}) {
+              "close", "connect", "fit", "snap", "clipboard", "duplicate", "column-values"}) {
             QTest::newRow(name) << QString(name);
         }
     }
