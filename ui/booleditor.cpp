@@ -1,12 +1,14 @@
 #include "booleditor.h"
 
-#include <QCheckBox>
+#include "wrappingcheckbox.h"
+
 #include <QVBoxLayout>
 
 BoolParameterWidget::BoolParameterWidget(QWidget *parent)
     : ParameterEditor(parent)
-    , m_box(new QCheckBox)
+    , m_box(new WrappingCheckBox)
 {
+    m_box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     contents()->addWidget(m_box);
     setMainField(m_box);
     connect(m_box, &QCheckBox::clicked, this, [this](bool isChecked) { choose(isChecked); });
@@ -15,7 +17,7 @@ BoolParameterWidget::BoolParameterWidget(QWidget *parent)
 void BoolParameterWidget::setParameter(const TransformParameter &parameter)
 {
     if (take(parameter)) {
-        m_box->setText(parameter.label);
+        m_box->setWrappedText(parameter.label);
         m_box->setToolTip(parameter.help);
         m_box->setChecked(value<bool>());
     }

@@ -2,7 +2,7 @@
 
 #include "parametereditor.h"
 
-class QCheckBox;
+class WrappingCheckBox;
 
 /// A check box.
 class BoolParameterWidget final : public ParameterEditor
@@ -16,5 +16,5 @@ public:
     bool showsLabel() const override { return true; }
 
 private:
-    QCheckBox *m_box;
+    WrappingCheckBox *m_box;
 };

@@ -1,6 +1,7 @@
 #include "choicebox.h"
 
 #include "hintdelegate.h"
+#include "optionfield.h"
 
 #include <QApplication>
 #include <QFrame>
@@ -31,7 +32,7 @@ bool movesInList(int key)
 ChoiceBox::ChoiceBox(QWidget *parent)
     : QComboBox(parent)
 {
-    setFocusPolicy(Qt::StrongFocus);
+    ignoreWheelUnlessFocused(this);
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(4);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -193,13 +194,4 @@ void ChoiceBox::paintEvent(QPaintEvent *)
     option.currentText =
         fontMetrics().elidedText(option.currentText, Qt::ElideRight, field.width() - 2);
     painter.drawControl(QStyle::CE_ComboBoxLabel, option);
-}
-
-void ChoiceBox::wheelEvent(QWheelEvent *event)
-{
-    if (hasFocus()) {
-        QComboBox::wheelEvent(event);
-    } else {
-        event->ignore();
-    }
 }

@@ -51,7 +51,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void wheelEvent(QWheelEvent *event) override;
     bool eventFilter(QObject *object, QEvent *event) override;
 
 private:

@@ -94,7 +94,7 @@ void ColumnList::checkShown(Qt::CheckState state)
 
 QSize ColumnList::sizeHint() const
 {
-    const int rowHeight = qMax(fontMetrics().height() + 6, sizeHintForRow(0));
+    const int rowHeight = count() > 0 ? sizeHintForRow(0) : fontMetrics().height() + 8;
     return {200, qBound(fewestShown, count(), mostShown) * rowHeight + 2 * frameWidth() + 2};
 }
 
@@ -111,8 +111,15 @@ void ColumnList::dropEvent(QDropEvent *event)
 
 QToolButton *makeToolButton(const QString &icon, const QString &toolTip)
 {
-    auto *const button = new QToolButton;
+    QToolButton *const button = makeTextButton({}, toolTip);
     button->setIcon(Icons::action(icon));
+    return button;
+}
+
+QToolButton *makeTextButton(const QString &text, const QString &toolTip)
+{
+    auto *const button = new QToolButton;
+    button->setText(text);
     button->setToolTip(toolTip);
     button->setAccessibleName(toolTip);
     button->setAutoRaise(true);

@@ -46,3 +46,5 @@ private:
 
 /// A button with a picture and a tooltip, which is its accessible name too.
 QToolButton *makeToolButton(const QString &icon, const QString &toolTip);
+/// The same with a short text.
+QToolButton *makeTextButton(const QString &text, const QString &toolTip);

@@ -47,6 +47,7 @@ void HintDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
 QSize HintDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     QSize size = QStyledItemDelegate::sizeHint(option, index);
+    size.setHeight(qMax(size.height(), option.fontMetrics.height() + 2 * padding));
     const QString hint = index.data(m_hintRole).toString();
     if (!hint.isEmpty()) {
         const QFontMetrics metrics(Theme::hintFont(option.font));

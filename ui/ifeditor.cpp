@@ -67,8 +67,8 @@ IfParameterWidget::IfParameterWidget(QWidget *parent)
     });
     m_branches->setNewRow([](int) { return QStringList{QString(), written({}), QString()}; });
     m_branches->setFields({{RowField::Kind::Label, QString(), {}, 0},
-                           {RowField::Kind::Label, tr("Tests"), {}, 3},
-                           {RowField::Kind::Text, tr("THEN"), {}, 2}});
+                           {RowField::Kind::Label, tr("Tests"), {}, 1},
+                           {RowField::Kind::Text, tr("THEN"), {}, 1}});
     connect(m_branches, &RowsTable::edited, this, &IfParameterWidget::tell);
     connect(m_branches, &RowsTable::currentRowChanged, this, &IfParameterWidget::showTerms);
     connect(m_terms, &TermsTable::edited, this, &IfParameterWidget::takeTerms);

@@ -2,10 +2,10 @@
 
 #include "columnlist.h"
 #include "columnsearch.h"
+#include "noticelabel.h"
 #include "texts.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QListWidget>
 #include <QToolButton>
 
@@ -13,12 +13,10 @@ MultipleColumnsParameterWidget::MultipleColumnsParameterWidget(QWidget *parent)
     : ParameterEditor(parent)
     , m_search(makeColumnSearch())
     , m_list(new ColumnList)
-    , m_count(new QLabel)
+    , m_count(new NoticeLabel)
 {
-    QToolButton *const all =
-        makeToolButton(QStringLiteral("edit-select-all"), tr("Check all columns in the list."));
-    QToolButton *const none =
-        makeToolButton(QStringLiteral("edit-select-none"), tr("Uncheck all columns in the list."));
+    QToolButton *const all = makeTextButton(tr("All"), tr("Check all columns in the list."));
+    QToolButton *const none = makeTextButton(tr("None"), tr("Uncheck all columns in the list."));
     auto *const top = new QHBoxLayout;
     top->setSpacing(2);
     top->addWidget(m_search, 1);
@@ -124,8 +122,9 @@ void MultipleColumnsParameterWidget::showCount()
         checked += item.state == Qt::Checked ? 1 : 0;
         isMissing = isMissing || item.column.missing;
     }
-    m_count->setText(tr("%1 of %2 checked").arg(Texts::count(checked), Texts::count(items.size())));
-    m_count->setVisible(!items.isEmpty());
+    const QString count =
+        tr("%1 of %2 checked").arg(Texts::count(checked), Texts::count(items.size()));
+    m_count->setNotice(NoticeLabel::Kind::Hint, items.isEmpty() ? QString() : count);
     showNotice(items.isEmpty() ? ParameterColumns::unknownText()
                : isMissing     ? tr("A checked column is not found. Uncheck it to forget it.")
                                : QString(),

@@ -3,7 +3,7 @@
 #include "parametereditor.h"
 
 class ColumnList;
-class QLabel;
+class NoticeLabel;
 class QLineEdit;
 
 /// Columns to be checked in a searched list. Edits options of the types MultipleColumns and
@@ -26,5 +26,5 @@ private:
 
     QLineEdit *m_search;
     ColumnList *m_list;
-    QLabel *m_count;
+    NoticeLabel *m_count;
 };

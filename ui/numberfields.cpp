@@ -1,13 +1,14 @@
 #include "numberfields.h"
 
+#include "optionfield.h"
+
 #include <QLineEdit>
 #include <QLocale>
-#include <QWheelEvent>
 
 IntField::IntField(QWidget *parent)
     : QSpinBox(parent)
 {
-    setFocusPolicy(Qt::StrongFocus);
+    ignoreWheelUnlessFocused(this);
     connect(lineEdit(), &QLineEdit::textEdited, this, &IntField::check);
 }
 
@@ -32,19 +33,10 @@ void IntField::focusOutEvent(QFocusEvent *event)
     check();
 }
 
-void IntField::wheelEvent(QWheelEvent *event)
-{
-    if (hasFocus()) {
-        QSpinBox::wheelEvent(event);
-    } else {
-        event->ignore();
-    }
-}
-
 RealField::RealField(QWidget *parent)
     : QAbstractSpinBox(parent)
 {
-    setFocusPolicy(Qt::StrongFocus);
+    ignoreWheelUnlessFocused(this);
     connect(lineEdit(), &QLineEdit::textEdited, this, &RealField::read);
 }
 
@@ -92,15 +84,6 @@ void RealField::focusOutEvent(QFocusEvent *event)
     QAbstractSpinBox::focusOutEvent(event);
     setValue(m_value);
     Q_EMIT accepted();
-}
-
-void RealField::wheelEvent(QWheelEvent *event)
-{
-    if (hasFocus()) {
-        QAbstractSpinBox::wheelEvent(event);
-    } else {
-        event->ignore();
-    }
 }
 
 void RealField::read(const QString &text)

@@ -22,7 +22,6 @@ Q_SIGNALS:
 
 protected:
     void focusOutEvent(QFocusEvent *event) override;
-    void wheelEvent(QWheelEvent *event) override;
 
 private:
     void check();
@@ -52,7 +51,6 @@ Q_SIGNALS:
 protected:
     StepEnabled stepEnabled() const override;
     void focusOutEvent(QFocusEvent *event) override;
-    void wheelEvent(QWheelEvent *event) override;
 
 private:
     void read(const QString &text);

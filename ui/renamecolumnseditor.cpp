@@ -35,9 +35,9 @@ RenameColumnsParameterWidget::RenameColumnsParameterWidget(QWidget *parent)
     });
     m_table->setFields({{RowField::Kind::Label, tr("Column"), {}, 1},
                         {RowField::Kind::CheckedText, tr("New name"), {}, 1}});
-    connect(m_table->addButton(QStringLiteral("edit-clear"), tr("Keep selected old names.")),
+    connect(m_table->addButton(QStringLiteral("edit-undo"), tr("Keep selected old names.")),
             &QToolButton::clicked, this, [this] { keepOldNames(false); });
-    connect(m_table->addButton(QStringLiteral("edit-clear-all"), tr("Keep all old names.")),
+    connect(m_table->addButton(QStringLiteral("edit-delete"), tr("Keep all old names.")),
             &QToolButton::clicked, this, [this] { keepOldNames(true); });
     connect(m_table, &RowsTable::edited, this, &RenameColumnsParameterWidget::tell);
     connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {

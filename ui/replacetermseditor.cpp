@@ -59,9 +59,9 @@ ReplaceTermsParameterWidget::ReplaceTermsParameterWidget(QWidget *parent)
 {
     contents()->addWidget(m_table);
     setMainField(m_table->view());
-    m_table->setFields({{RowField::Kind::Text, tr("Find"), {}, 3},
-                        {RowField::Kind::Text, tr("Replace with"), {}, 3},
-                        {RowField::Kind::Choice, tr("Match"), kinds(), 2}});
+    m_table->setFields({{RowField::Kind::Text, tr("Find"), {}, 5},
+                        {RowField::Kind::Text, tr("Replace with"), {}, 6},
+                        {RowField::Kind::Choice, tr("Match"), kinds(), 4}});
     m_table->model()->setProblem(
         [](const QStringList &row, int, int field) { return problemOf(row, field); });
     m_table->setNewRow([this](int current) {

@@ -29,7 +29,7 @@ RowsTable::RowsTable(const RowsTexts &texts, QWidget *parent)
     addAction(QStringLiteral("list-add"), texts.add, Qt::Key_Insert, &RowsTable::add);
     addAction(QStringLiteral("list-remove"), texts.remove, Qt::Key_Delete, &RowsTable::remove);
     m_remove = m_lastAction;
-    addAction(QStringLiteral("edit-clear-all"), texts.removeAll, {}, &RowsTable::removeAll);
+    addAction(QStringLiteral("edit-delete"), texts.removeAll, {}, &RowsTable::removeAll);
     m_removeAll = m_lastAction;
     addAction(QStringLiteral("go-up"), texts.up, Qt::ALT + Qt::Key_Up, &RowsTable::moveUp);
     m_up = m_lastAction;
@@ -58,8 +58,13 @@ void RowsTable::setFields(const QVector<RowField> &fields)
 QToolButton *RowsTable::addButton(const QString &icon, const QString &toolTip)
 {
     QToolButton *const button = makeToolButton(icon, toolTip);
-    m_buttons->insertWidget(m_buttons->count() - 1, button);
+    addButton(button);
     return button;
+}
+
+void RowsTable::addButton(QToolButton *button)
+{
+    m_buttons->insertWidget(m_buttons->count() - 1, button);
 }
 
 QToolButton *RowsTable::addAction(const QString &icon, const QString &toolTip,

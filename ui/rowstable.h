@@ -35,6 +35,7 @@ public:
     void setNewRow(const std::function<QStringList(int)> &newRow) { m_newRow = newRow; }
     void setFields(const QVector<RowField> &fields);
     QToolButton *addButton(const QString &icon, const QString &toolTip);
+    void addButton(QToolButton *button);
     QWidget *view() const;
     int currentRow() const;
     void setCurrentRow(int row);

@@ -3,6 +3,7 @@
 #include "theme.h"
 
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QTextBlock>
@@ -12,13 +13,25 @@ namespace {
 constexpr int padding = 5;
 constexpr int tabLength = 4;
 
+QFont fixedFont(const QFont &base)
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // Some desktops have none, and give the usual font.
+    if (!QFontInfo(font).fixedPitch()) {
+        font = base;
+        font.setFamily(QStringLiteral("monospace"));
+        font.setStyleHint(QFont::Monospace);
+    }
+    return font;
+}
+
 } // namespace
 
 ScriptEdit::ScriptEdit(QWidget *parent)
     : QPlainTextEdit(parent)
     , m_margin(new QWidget(this))
 {
-    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    setFont(fixedFont(font()));
     setTabStopDistance(fontMetrics().horizontalAdvance(QLatin1Char(' ')) * tabLength);
     m_margin->installEventFilter(this);
     connect(this, &QPlainTextEdit::blockCountChanged, this, &ScriptEdit::setMargins);

@@ -1,5 +1,6 @@
 #include "termstable.h"
 
+#include "columnlist.h"
 #include "comparison.h"
 #include "rowstable.h"
 #include "termclipboard.h"
@@ -64,8 +65,8 @@ TermsTable::TermsTable(const QString &name, QWidget *parent)
     QToolButton *const paste = m_table->addButton(QStringLiteral("edit-paste"),
                                                   tr("Paste in filter terms from the clipboard. "
                                                      "Click the ? button for details."));
-    QToolButton *const help =
-        m_table->addButton(QStringLiteral("help-contextual"), tr("What can be pasted"));
+    QToolButton *const help = makeTextButton(QStringLiteral("?"), tr("What can be pasted"));
+    m_table->addButton(help);
 
     m_table->model()->setIsUsed([](const QStringList &row, int field) {
         return field != Value || Comparison::takesValue(termOf(row).op);

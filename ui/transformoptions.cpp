@@ -1,6 +1,7 @@
 #include "transformoptions.h"
 
 #include "graphscene.h"
+#include "optionpane.h"
 #include "parametereditor.h"
 #include "parametereditors.h"
 #include "theme.h"
@@ -16,21 +17,10 @@
 namespace {
 
 constexpr int margin = 8;
-constexpr int labelGap = 2;
-constexpr int optionGap = 10;
+constexpr int labelGap = 6;
 constexpr int helpLines = 6;
 
-QScrollArea *makeArea(QWidget *content)
-{
-    auto *const area = new QScrollArea;
-    area->setWidget(content);
-    area->setWidgetResizable(true);
-    area->setFrameShape(QFrame::NoFrame);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    return area;
-}
-
-/// An editor with the same value, so that setting it would only add to the undo history.
+/// True when setting the value would only add to the undo history.
 bool isSame(const TransformParameter &parameter, const QVariant &value)
 {
     TransformParameter other = parameter;
@@ -44,31 +34,30 @@ bool isSame(const TransformParameter &parameter, const QVariant &value)
 TransformOptions::TransformOptions(GraphScene *scene, QWidget *parent)
     : QWidget(parent)
     , m_scene(scene)
-    , m_content(new QWidget)
-    , m_layout(new QVBoxLayout(m_content))
+    , m_pane(new OptionPane)
     , m_empty(new QLabel)
     , m_help(new QLabel)
+    , m_helpArea(new QScrollArea)
 {
-    m_layout->setContentsMargins(margin, margin, margin, margin);
-    m_layout->setSpacing(0);
     m_empty->setWordWrap(true);
-    m_layout->addWidget(m_empty);
-    m_layout->addStretch(1);
-    m_area = makeArea(m_content);
+    m_pane->column()->addWidget(m_empty);
+    m_pane->column()->addStretch(1);
 
     m_help->setTextFormat(Qt::PlainText);
     m_help->setWordWrap(true);
     m_help->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     m_help->setContentsMargins(margin, margin / 2, margin, margin / 2);
     m_help->setFont(Theme::hintFont(font()));
-    m_help->setAccessibleName(tr("Help of the option"));
-    m_helpArea = makeArea(m_help);
+    m_helpArea->setWidget(m_help);
+    m_helpArea->setWidgetResizable(true);
+    m_helpArea->setFrameShape(QFrame::NoFrame);
+    m_helpArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_helpArea->setAccessibleName(tr("Help of the option"));
     m_helpArea->setFocusPolicy(Qt::TabFocus);
     m_helpArea->setMinimumHeight(fontMetrics().lineSpacing() * 2);
 
     auto *const splitter = new QSplitter(Qt::Vertical);
-    splitter->addWidget(m_area);
+    splitter->addWidget(m_pane);
     splitter->addWidget(m_helpArea);
     splitter->setStretchFactor(0, 1);
     splitter->setChildrenCollapsible(false);
@@ -146,25 +135,24 @@ void TransformOptions::makeOptions()
     }
     m_empty->setVisible(!m_empty->text().isEmpty());
     showValues();
-    m_area->ensureVisible(0, 0);
+    m_pane->ensureVisible(0, 0);
 }
 
 void TransformOptions::addOption(const TransformParameter &parameter)
 {
-    ParameterEditor *const editor = makeParameterEditor(parameter.type, m_content);
+    ParameterEditor *const editor = makeParameterEditor(parameter.type, m_pane->widget());
     QLabel *label = nullptr;
     // Before the empty text and the stretch at the end.
-    int place = m_layout->count() - 2;
+    int place = m_pane->column()->count() - 2;
     if (!editor->showsLabel()) {
-        label = new QLabel(m_content);
+        label = new QLabel(m_pane->widget());
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
         label->setBuddy(editor);
-        label->setContentsMargins(0, 0, 0, labelGap);
-        m_layout->insertWidget(place++, label);
+        label->setContentsMargins(0, labelGap, 0, 0);
+        m_pane->column()->insertWidget(place++, label);
     }
-    editor->setContentsMargins(0, 0, 0, optionGap);
-    m_layout->insertWidget(place, editor);
+    m_pane->column()->insertWidget(place, editor);
     connect(editor, &ParameterEditor::edited, this, &TransformOptions::apply);
     connect(editor, &ParameterEditor::helpWanted, this, &TransformOptions::showHelp);
     m_options.append({parameter.key, int(parameter.type), label, editor});

@@ -6,11 +6,11 @@
 #include <QWidget>
 
 class GraphScene;
+class OptionPane;
 class ParameterEditor;
 class QLabel;
 class QScrollArea;
 class QVariant;
-class QVBoxLayout;
 class TransformNode;
 struct TransformParameter;
 
@@ -52,9 +52,7 @@ private:
     GraphScene *m_scene;
     QPointer<TransformNode> m_node;
     QVector<Option> m_options;
-    QScrollArea *m_area;
-    QWidget *m_content;
-    QVBoxLayout *m_layout;
+    OptionPane *m_pane;
     QLabel *m_empty;
     QLabel *m_help;
     QScrollArea *m_helpArea;

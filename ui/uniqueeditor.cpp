@@ -5,8 +5,8 @@
 #include "rowstable.h"
 #include "uniqueaggregates.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
+#include <QVBoxLayout>
 
 namespace {
 
@@ -40,12 +40,10 @@ UniqueParameterWidget::UniqueParameterWidget(QWidget *parent)
     m_action->setAccessibleName(tr("Set selected columns to"));
     auto *const label = new QLabel(tr("Set selected columns to"));
     label->setBuddy(m_action);
-    auto *const all = new QHBoxLayout;
-    all->addWidget(label);
-    all->addWidget(m_action, 1);
     contents()->addWidget(m_search);
     contents()->addWidget(m_table);
-    contents()->addLayout(all);
+    contents()->addWidget(label);
+    contents()->addWidget(m_action);
     setMainField(m_table->view());
     m_table->model()->setDisplay([this](const QStringList &row, int, int) {
         return columns().shownName(columns().fromKey(row.value(Column)));

@@ -107,8 +107,8 @@ void VerifyRulesParameterWidget::setParameter(const TransformParameter &paramete
         used.append(rule.column);
         rows.append({rule.column, QString::number(rule.rule), rule.value});
     }
-    m_table->setFields({{RowField::Kind::Choice, tr("Column"), columns().choicesByName(used), 3},
-                        {RowField::Kind::Choice, tr("Rule"), ruleChoices(), 4},
+    m_table->setFields({{RowField::Kind::Choice, tr("Column"), columns().choicesByName(used), 4},
+                        {RowField::Kind::Choice, tr("Rule"), ruleChoices(), 5},
                         {RowField::Kind::Text, tr("Value"), {}, 3}});
     m_table->model()->setRows(rows);
     showNotice(m_table->model()->firstProblem(), true);

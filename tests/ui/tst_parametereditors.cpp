@@ -6,18 +6,25 @@
 #include "parametereditors.h"
 #include "parametervalues.h"
 #include "testsupport.h"
+#include "theme.h"
 #include "upstreamitem.h"
 
 #include <QAbstractItemView>
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QImage>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTableView>
 #include <QToolButton>
+#include <QVBoxLayout>
 
 using Edit = std::function<void(ParameterEditor *)>;
 Q_DECLARE_METATYPE(Edit)
@@ -144,9 +151,10 @@ class TestParameterEditors : public QObject
 
     const Columns m_columns{{"id", "name", "price", "date"}};
 
-    TransformParameter parameter(ParameterType type, const QString &stored) const
+    TransformParameter parameter(ParameterType type, const QString &stored,
+                                 const Columns &columns) const
     {
-        TransformParameter made(type, "Label", "Key", &m_columns);
+        TransformParameter made(type, "Label", "Key", &columns);
         made.help = "Help of " + made.label;
         made.options = QStringList{"First", "Second", "Third"};
         if (made.value.isNull()) {
@@ -161,6 +169,11 @@ class TestParameterEditors : public QObject
 
     mutable Messages m_messages;
 
+    void addSample(const char *name, ParameterType type, const QString &value)
+    {
+        QTest::newRow(name) << int(type) << value;
+    }
+
     void addRow(const char *name, ParameterType type, const QString &before, const Edit &edit,
                 const QString &after)
     {
@@ -168,7 +181,12 @@ class TestParameterEditors : public QObject
     }
 
 private Q_SLOTS:
-    void initTestCase() { Icons::prepare(); }
+    void initTestCase()
+    {
+        QIcon::setThemeSearchPaths(QStandardPaths::locateAll(
+            QStandardPaths::GenericDataLocation, "icons", QStandardPaths::LocateDirectory));
+        Icons::prepare();
+    }
 
     void edits_data()
     {
@@ -335,8 +353,7 @@ private Q_SLOTS:
             "number: arrow", Type::Real, "7.25",
             [](auto *e) { QTest::keyClick(child<QAbstractSpinBox>(e), Qt::Key_Down); }, "6.25");
         addRow(
-            "character", Type::Char, "a", [](auto *e) { typeInto(child<QLineEdit>(e), ";"); },
-            ";");
+            "character", Type::Char, "a", [](auto *e) { typeInto(child<QLineEdit>(e), ";"); }, ";");
         addRow(
             "character: none", Type::Char, "a",
             [](auto *e) {
@@ -486,7 +503,7 @@ private Q_SLOTS:
         QFETCH(QString, before);
         QFETCH(Edit, edit);
         QFETCH(QString, after);
-        TransformParameter record = parameter(ParameterType(type), before);
+        TransformParameter record = parameter(ParameterType(type), before, m_columns);
         const std::unique_ptr<ParameterEditor> editor(makeParameterEditor(record.type, nullptr));
         QSignalSpy spy(editor.get(), &ParameterEditor::edited);
         editor->resize(300, 400);
@@ -512,6 +529,125 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 0);
         QVERIFY2(editor->problem().isEmpty(), qPrintable(editor->problem()));
     }
+
+    void everythingHasANameAndFits_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("value");
+        addSample("SingleColumn", ParameterType::SingleColumn, "3");
+        addSample("SingleColumn none", ParameterType::SingleColumn, "0");
+        addSample("MultipleColumns", ParameterType::MultipleColumns, list("1|3"));
+        addSample("SortColumns", ParameterType::SortColumns, list("3|-2"));
+        addSample("SortColumns none", ParameterType::SortColumns, "");
+        addSample("FilterColumns", ParameterType::FilterColumns,
+                  list("1|1|unit price|4|10||9|cancelled|order date|19|"));
+        addSample("FilterColumns wrong", ParameterType::FilterColumns, list("0|1|gone|8|[a"));
+        addSample("ReorderColumns", ParameterType::ReorderColumns, list("4|1|2|3"));
+        addSample("Bool", ParameterType::Bool, "1");
+        addSample("Selection", ParameterType::Selection, "Second");
+        addSample("Text", ParameterType::Text, "Some text");
+        addSample("Text blank", ParameterType::Text, " ");
+        addSample("Int", ParameterType::Int, "1234");
+        addSample("Char", ParameterType::Char, ";");
+        addSample("If", ParameterType::If,
+                  ifText({{{{"unit price", ComparisonOperator::Greater, "100"},
+                            {"", ComparisonOperator::Contains, "x"}},
+                           "expensive"},
+                          {{{"customer name", ComparisonOperator::IsEmpty, ""}}, "nobody"}},
+                         "cheap"));
+        addSample("ColumnSet", ParameterType::ColumnSet, list("1|2|4"));
+        addSample("Script", ParameterType::Script,
+                  "// the tenth\nif (row % 10 == 0) {\n\treturn number($(3)) * 1.2;\n}\n"
+                  "return $(1);");
+        addSample("RenameColumns", ParameterType::RenameColumns,
+                  list("*NORENAME*|customer|*NORENAME*|*NORENAME*"));
+        addSample("SplitRows", ParameterType::SplitRows, list("fixed|2|1|3"));
+        addSample("Unique", ParameterType::Unique, list("2|Unique|3|Concatenate%20distinct"));
+        addSample("ReplaceTerms", ParameterType::ReplaceTerms,
+                  list("Ltd|Limited|word|%5Cs%2B| |regex"));
+        addSample("Real", ParameterType::Real, "12.5");
+        addSample("LongText", ParameterType::LongText, "Dear $(customer name),\n\nyour order");
+        addSample("VerifyRules", ParameterType::VerifyRules,
+                  list("customer name|26||unit price|10|0||38|1|order date|6|"));
+    }
+
+    /// At 300 pixels nothing is cut off, and everything that gets the focus has a name.
+    void everythingHasANameAndFits()
+    {
+        QFETCH(int, type);
+        QFETCH(QString, value);
+        for (const ThemeChoice theme : {ThemeChoice::Light, ThemeChoice::Dark}) {
+            applyTheme(qApp, theme);
+            Icons::followTheme();
+            TransformParameter record = parameter(ParameterType(type), value, m_sampleColumns);
+            QWidget pane;
+            auto *const layout = new QVBoxLayout(&pane);
+            layout->setContentsMargins(8, 8, 8, 8);
+            ParameterEditor *const editor = makeParameterEditor(record.type, &pane);
+            auto *const label = new QLabel(QTest::currentDataTag());
+            layout->addWidget(label);
+            layout->addWidget(editor);
+            editor->setParameter(record);
+            QVERIFY2(editor->minimumSizeHint().width() <= 284,
+                     qPrintable(QString::number(editor->minimumSizeHint().width())));
+            pane.resize(300, 400);
+            pane.show();
+            for (QWidget *const field : editor->findChildren<QWidget *>()) {
+                const bool isInner = qobject_cast<QLineEdit *>(field) &&
+                                     qobject_cast<QAbstractSpinBox *>(field->parentWidget());
+                if (field->focusPolicy() & Qt::TabFocus && field->isVisible() && !isInner) {
+                    QVERIFY2(!QAccessible::queryAccessibleInterface(field)
+                                  ->text(QAccessible::Name)
+                                  .isEmpty(),
+                             field->metaObject()->className());
+                }
+            }
+            addToSheet(&pane, theme == ThemeChoice::Dark);
+        }
+    }
+
+    void cleanupTestCase()
+    {
+        applyTheme(qApp, ThemeChoice::Light);
+        Icons::followTheme();
+        for (int i = 0; i < 2; ++i) {
+            if (!m_sheets[i].isNull()) {
+                m_sheets[i].save(QString("%1/editors%2.png").arg(sheetFolder()).arg(i));
+            }
+        }
+    }
+
+private:
+    /// Where the pictures of all editors are wanted, to be looked at.
+    static QString sheetFolder() { return qEnvironmentVariable("TABWEAVE_SHEET"); }
+
+    void addToSheet(QWidget *pane, bool isDark)
+    {
+        if (sheetFolder().isEmpty()) {
+            return;
+        }
+        constexpr int width = 310;
+        constexpr int height = 500;
+        constexpr int perRow = 6;
+        QImage &sheet = m_sheets[isDark ? 1 : 0];
+        int &count = m_counts[isDark ? 1 : 0];
+        if (sheet.isNull()) {
+            sheet = QImage(perRow * width, 4 * height, QImage::Format_RGB32);
+            sheet.fill(Qt::gray);
+        }
+        // The height of tables follows their width.
+        for (int i = 0; i < 4; ++i) {
+            pane->resize(300, pane->layout()->totalHeightForWidth(300));
+            QApplication::processEvents();
+        }
+        QPainter painter(&sheet);
+        painter.drawPixmap(count % perRow * width, count / perRow * height, pane->grab());
+        ++count;
+    }
+
+    QImage m_sheets[2];
+    int m_counts[2] = {0, 0};
+    Columns m_sampleColumns{{"id", "customer name", "unit price", "order date"}};
 };
 
 TW_TEST_CLASS(TestParameterEditors)
