@@ -257,6 +257,7 @@ bool DocumentFile::saveTo(QFileDevice *file, const QString &path, const GraphSce
 QByteArray DocumentFile::copyOf(const QList<Node *> &nodes, const GraphScene &scene)
 {
     DocumentRecords records;
+    records.meta.path = scene.document().path;
     for (Node *node : scene.nodesByAddition()) {
         if (nodes.contains(node)) {
             addRecord(*node, &records);
@@ -279,6 +280,7 @@ bool DocumentFile::loadCopy(const QByteArray &bytes, const TransformCatalogue &c
     }
     scene->clear();
     DocumentLoader(catalogue, scene).load(records);
+    scene->document().path = records.meta.path;
     return true;
 }
 

@@ -36,7 +36,8 @@ struct Loaded
 [[nodiscard]] bool saveTo(QFileDevice *file, const QString &path, const GraphScene &scene,
                           QString *error);
 
-/// A document of some items and the connections among them, for the clipboard.
+/// A document of some items and the connections among them, for the clipboard. It remembers where
+/// the scene's document lies.
 QByteArray copyOf(const QList<Node *> &nodes, const GraphScene &scene);
 /// Replaces everything in the scene by the items of such a document.
 [[nodiscard]] bool loadCopy(const QByteArray &bytes, const TransformCatalogue &catalogue,

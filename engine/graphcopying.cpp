@@ -4,6 +4,7 @@
 #include "graphscene.h"
 #include "outputnode.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <algorithm>
 
@@ -53,6 +54,17 @@ Copies copiesOf(const QList<Node *> &nodes, const QPointF &offset)
             std::make_unique<Connection>(from, copies.value(connection->to())));
     }
     return result;
+}
+
+/// Paths that are relative to the folder of one document still name the same files elsewhere.
+void resolvePaths(const std::vector<std::unique_ptr<Node>> &nodes, const QString &folder)
+{
+    for (const std::unique_ptr<Node> &node : nodes) {
+        auto *item = qobject_cast<IONode *>(node.get());
+        if (item && item->medium() == Medium::File && !item->path().isEmpty()) {
+            item->setPath(QDir::cleanPath(QDir(folder).absoluteFilePath(item->path())));
+        }
+    }
 }
 
 } // namespace
@@ -116,6 +128,10 @@ QList<Node *> GraphScene::paste(const GraphScene &copied, const QPointF &offset)
     Copies copies = copiesOf(copied.nodesByAddition(), offset);
     if (copies.nodes.empty()) {
         return {};
+    }
+    const QString folder = copied.document().folder();
+    if (!folder.isEmpty() && folder != m_document.folder()) {
+        resolvePaths(copies.nodes, folder);
     }
     return doOrKeep([this, kept = std::move(copies)]() mutable {
         makeUnique(kept.nodes);

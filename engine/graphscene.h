@@ -127,7 +127,8 @@ public:
     void deleteItems(const QList<Node *> &nodes, const QList<Connection *> &connections = {});
     /// Deletes items and connects each item above to each item below, where the rules allow.
     void deleteHealed(const QList<Node *> &nodes);
-    /// Copies all items and connections of another scene into this one.
+    /// Copies all items and connections of another scene into this one. From a document in another
+    /// folder, relative paths become absolute.
     QList<Node *> paste(const GraphScene &copied, const QPointF &offset);
     /// Copies the items and everything downstream of them.
     void duplicateBranch(const QList<Node *> &nodes);

@@ -552,6 +552,16 @@ void TestGraphScene::pastesWithNewNames()
     QCOMPARE(qobject_cast<IONode *>(pasted[2])->alias(), QStringLiteral("other"));
     QCOMPARE(qobject_cast<IONode *>(pasted[2])->path(), QStringLiteral("result2.csv"));
     QCOMPARE(other.scene.nodeCount(), 3);
+
+    // Relative paths belong to the folder of their document.
+    const auto pastedPath = [&] {
+        return qobject_cast<IONode *>(graph.scene.paste(other.scene, {}).value(2))->path();
+    };
+    graph.scene.document().path = QStringLiteral("/documents/a/one.transform");
+    other.scene.document().path = QStringLiteral("/documents/a/two.transform");
+    QCOMPARE(pastedPath(), QStringLiteral("result3.csv"));
+    other.scene.document().path = QStringLiteral("/documents/b/two.transform");
+    QCOMPARE(pastedPath(), QStringLiteral("/documents/b/result.csv"));
 }
 
 void TestGraphScene::aliasesAreUnique()
