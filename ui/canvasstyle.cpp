@@ -16,9 +16,18 @@
 
 namespace {
 
-double onGrid(double length)
+/// Of the font for which cards have their size.
+constexpr double lineHeight = 16.0;
+
+QFont scaled(const QFont &base, double factor)
 {
-    return std::ceil(length / CanvasStyle::grid) * CanvasStyle::grid;
+    QFont font = base;
+    if (base.pointSizeF() > 0) {
+        font.setPointSizeF(base.pointSizeF() * factor);
+    } else {
+        font.setPixelSize(qMax(1, qRound(base.pixelSize() * factor)));
+    }
+    return font;
 }
 
 void paintTriangle(QPainter *painter, const QRectF &rect, const QColor &color)
@@ -40,10 +49,13 @@ void paintTriangle(QPainter *painter, const QRectF &rect, const QColor &color)
 } // namespace
 
 CanvasStyle::CanvasStyle(const QFont &base)
-    : nameFont(base)
-    , hintFont(Theme::hintFont(base))
-    , noteFont(base)
+    : card(176.0, 64.0)
+    // In steps, for even lines.
+    , scale(qMax(0.5, std::round(QFontMetricsF(base).height() * 8.0 / lineHeight) / 8.0))
 {
+    noteFont = scaled(base, 1.0 / scale);
+    hintFont = Theme::hintFont(noteFont);
+    nameFont = noteFont;
     nameFont.setBold(true);
     const QFontMetricsF name(nameFont);
     const QFontMetricsF hint(hintFont);
@@ -54,9 +66,6 @@ CanvasStyle::CanvasStyle(const QFont &base)
     hintAscent = hint.ascent();
     noteHeight = std::ceil(note.height());
     noteAscent = note.ascent();
-    // Room for a name of two lines and one more, or for a name and two more.
-    const double lines = qMax(nameHeight + 2 * hintHeight, 2 * nameHeight + hintHeight);
-    card = QSizeF(onGrid(qMax(168.0, 10.5 * nameHeight)), onGrid(qMax(64.0, lines + padding)));
 }
 
 QStringList CanvasPaint::wrapped(const QString &text, const QFont &font, double width, int maximum)

@@ -11,15 +11,16 @@ class QPainter;
 class QRectF;
 enum class ItemStatus : qint32;
 
-/// Fonts and measures of the canvas, in scene units. They follow the font of the desktop and are
-/// made once, because asking for font metrics is too slow for painting.
+/// Fonts and measures of the canvas, in scene units. Cards have the same size on every machine, so
+/// that a document looks the same; the view enlarges all of them with the font of the desktop. Made
+/// once, because asking for font metrics is too slow for painting.
 struct CanvasStyle
 {
     explicit CanvasStyle(const QFont &base);
 
     static constexpr double grid = 8.0;
     static constexpr double cornerRadius = 6.0;
-    static constexpr double bandWidth = 32.0;
+    static constexpr double bandWidth = 28.0;
     static constexpr double padding = 8.0;
     static constexpr double statusSize = 14.0;
     static constexpr double portRadius = 4.5;
@@ -41,6 +42,8 @@ struct CanvasStyle
     double noteHeight;
     double noteAscent;
     QSizeF card;
+    /// Pixels for a scene unit at 100 %, so that texts have the size they have elsewhere.
+    double scale;
 };
 
 /// Small drawings that the items of the canvas share.

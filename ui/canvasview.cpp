@@ -45,6 +45,7 @@ CanvasView::CanvasView(GraphScene *graph, QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setTransformationAnchor(NoAnchor);
+    applyZoom(1.0);
     connect(m_scene, &CanvasScene::hintChanged, this, &CanvasView::tellHint);
     connect(m_scene, &CanvasScene::editRequested, this, &CanvasView::editRequested);
     connect(m_scene, &CanvasScene::currentChanged, this, &CanvasView::tellCurrent);
@@ -69,11 +70,21 @@ QRectF CanvasView::visibleRect() const
     return mapToScene(viewport()->rect()).boundingRect();
 }
 
+double CanvasView::zoom() const
+{
+    return transform().m11() / m_scene->canvasStyle().scale;
+}
+
+void CanvasView::applyZoom(double zoom)
+{
+    const double scale = qBound(smallestZoom, zoom, largestZoom) * m_scene->canvasStyle().scale;
+    setTransform(QTransform::fromScale(scale, scale));
+}
+
 void CanvasView::setZoom(double zoom, const QPoint &fixed)
 {
     const QPointF place = mapToScene(fixed);
-    const double value = qBound(smallestZoom, zoom, largestZoom);
-    setTransform(QTransform::fromScale(value, value));
+    applyZoom(zoom);
     const QPoint way = mapFromScene(place) - fixed;
     horizontalScrollBar()->setValue(horizontalScrollBar()->value() + way.x());
     verticalScrollBar()->setValue(verticalScrollBar()->value() + way.y());
@@ -97,11 +108,10 @@ void CanvasView::resetZoom()
 void CanvasView::fit()
 {
     const QRectF content = m_scene->contentRect().adjusted(-margin, -margin, margin, margin);
-    const double zoom =
+    const double scale =
         qMin(viewport()->width() / content.width(), viewport()->height() / content.height());
     // A few items are not made larger than they are.
-    const double value = qBound(smallestZoom, zoom, 1.0);
-    setTransform(QTransform::fromScale(value, value));
+    applyZoom(qMin(scale / m_scene->canvasStyle().scale, 1.0));
     centerOn(content.center());
 }
 
@@ -181,7 +191,9 @@ void CanvasView::changeEvent(QEvent *event)
     QGraphicsView::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange ||
         event->type() == QEvent::StyleChange) {
+        const double before = zoom();
         m_scene->restyle(font());
+        setZoom(before, viewport()->rect().center());
         viewport()->update();
     }
 }

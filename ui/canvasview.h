@@ -26,7 +26,8 @@ public:
     void zoomIn();
     void zoomOut();
     void resetZoom();
-    double zoom() const { return transform().m11(); }
+    /// 1 when texts have the size that they have elsewhere.
+    double zoom() const;
     void setSnapToGrid(bool snap);
     bool snapToGrid() const;
 
@@ -89,6 +90,7 @@ protected:
 
 private:
     // --- Looking
+    void applyZoom(double zoom);
     void setZoom(double zoom, const QPoint &fixed);
     void panTo(const QPoint &pos);
     void tellCurrent();

@@ -99,7 +99,7 @@ void ConnectionItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *op
                            : m_isHovered ? 2.5
                                          : 2.0);
     const double scale = option->levelOfDetailFromTransform(painter->worldTransform());
-    if (m_number.isEmpty() || scale < CanvasStyle::detailScale) {
+    if (m_number.isEmpty() || scale < CanvasStyle::detailScale * m_to->screenScale()) {
         return;
     }
     const QPointF middle = m_path.currentPosition() - QPointF(numberSide / 2 + 3, 0.0);

@@ -156,7 +156,7 @@ void NodeItem::layoutTexts()
         m_progress = 0.0;
     }
     const double left = CanvasStyle::bandWidth + CanvasStyle::padding;
-    const double width = m_size.width() - left - CanvasStyle::padding;
+    const double width = m_size.width() - left - CanvasStyle::padding + 2.0;
     const double nameWidth = width - CanvasStyle::statusSize - CanvasStyle::padding / 2;
     m_nameLines = CanvasPaint::wrapped(m_node->displayName(), m_style->nameFont, nameWidth, 2);
     const QFontMetricsF hint(m_style->hintFont);
@@ -193,7 +193,7 @@ void NodeItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, 
     paintCard(painter, detail);
     if (detail > 0.0) {
         painter->setOpacity(painter->opacity() * detail);
-        CanvasPaint::picture(painter, QRectF(6.0, (m_size.height() - 20.0) / 2, 20.0, 20.0),
+        CanvasPaint::picture(painter, QRectF(7.0, (m_size.height() - 18.0) / 2, 18.0, 18.0),
                              CanvasPaint::pictureOf(*m_node),
                              Theme::textOn(CanvasPaint::colorOf(*m_node)), scale);
         paintTexts(painter);

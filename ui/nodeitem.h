@@ -46,6 +46,8 @@ public:
     void markCurrent(bool current);
 
     const QFont &hintFont() const { return m_style->hintFont; }
+    /// Pixels for a scene unit at 100 %.
+    double screenScale() const { return m_style->scale; }
 
     /// For screen readers and, as rich text with the first rows, for the tooltip.
     QString spokenText() const;

@@ -51,9 +51,6 @@ struct Canvas
     Canvas()
     {
         graph.document().autoRun = false;
-        QFont font = view.font();
-        font.setPointSize(10);
-        view.setFont(font);
         view.resize(900, 600);
         view.show();
         view.setFocus();
@@ -84,7 +81,9 @@ struct Canvas
                                   output({480, 0})};
         graph.connectNodes(nodes[0], nodes[1]);
         graph.connectNodes(nodes[1], nodes[2]);
-        view.fit();
+        // A pixel is a scene unit, whatever the font.
+        view.setTransform(QTransform());
+        view.centerOn(QPointF(324, 32));
         return nodes;
     }
 
@@ -182,6 +181,7 @@ private Q_SLOTS:
     void takesDrops();
     void speaksOfTheCurrentItem();
     void survivesClearingDuringADrag();
+    void growsWithTheFont();
     void nextItem_data();
     void nextItem();
 };
@@ -705,6 +705,22 @@ void TestCanvasView::survivesClearingDuringADrag()
     canvas.mouse(QEvent::MouseButtonRelease, {400, 300});
     canvas.chain();
     QCOMPARE(canvas.scene().nodeItems().size(), 3);
+}
+
+/// Cards keep their places and sizes in the document, whatever the font.
+void TestCanvasView::growsWithTheFont()
+{
+    Canvas canvas;
+    const QList<Node *> nodes = canvas.chain();
+    const QRectF card = canvas.item(nodes[1])->cardRect();
+    canvas.view.resetZoom();
+    const double before = canvas.view.transform().m11();
+    QFont font = canvas.view.font();
+    font.setPointSizeF(font.pointSizeF() * 2);
+    canvas.view.setFont(font);
+    QCOMPARE(canvas.item(nodes[1])->cardRect(), card);
+    QCOMPARE(canvas.view.zoom(), 1.0);
+    QVERIFY(canvas.view.transform().m11() > 1.7 * before);
 }
 
 void TestCanvasView::nextItem_data()
