@@ -267,11 +267,9 @@ void ColumnValues::showFacts()
     addFact(tr("Distinct"), Texts::count(facts.distinctCount()),
             tr("Different values; empty cells do not count."));
     const auto addLength = [this](const QString &name, std::string_view value, int length) {
-        //: number of characters of a value, the value
-        addFact(name,
-                tr("%1: %2").arg(Texts::count(length), firstCharacters(value, charactersShown)),
-                tr("%1 characters: %2")
-                    .arg(Texts::count(length), firstCharacters(value, charactersShown)));
+        const QString text = firstCharacters(value, charactersShown);
+        addFact(name, length == 1 ? tr("1 character: %1").arg(text)
+                                  : tr("%1 characters: %2").arg(Texts::count(length), text));
     };
     if (!facts.longest().empty()) {
         addLength(tr("Shortest"), facts.shortest(), facts.shortestLength());

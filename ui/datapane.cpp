@@ -66,11 +66,12 @@ QWidget *DataPane::makeToolBar()
     row->setSpacing(4);
     m_caption = new ElidedLabel(QString(), bar);
     m_caption->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    row->addWidget(m_caption, 1);
+    row->addWidget(m_caption);
+    row->addStretch(1);
     makeFindBox();
     m_copy = makeButton(tr("Copy"), tr("Copy the selected cells"));
     m_copy->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_blanks = makeButton(tr("Show blanks"), tr("Show spaces as dots and tabs as arrows"));
+    m_blanks = makeButton(tr("Show blanks"), tr("Show blanks: spaces as dots, tabs as arrows"));
     m_blanks->setCheckable(true);
     row->addWidget(m_findState);
     row->addSpacing(4);
@@ -158,6 +159,7 @@ void DataPane::updateIcons()
     m_previous->setIcon(Icons::action(QStringLiteral("go-up")));
     m_next->setIcon(Icons::action(QStringLiteral("go-down")));
     m_caption->setFont(Theme::titleFont(font()));
+    updateCaptionWidth();
 }
 
 void DataPane::changeEvent(QEvent *event)
@@ -167,6 +169,23 @@ void DataPane::changeEvent(QEvent *event)
         (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)) {
         updateIcons();
     }
+}
+
+/// In a narrow pane the buttons give up their words, then the search its length, then the caption.
+void DataPane::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    constexpr int charactersWide = 95;
+    const bool isNarrow = width() < fontMetrics().averageCharWidth() * charactersWide;
+    m_copy->setToolButtonStyle(isNarrow ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon);
+    m_blanks->setText(isNarrow ? QString(QChar(0x00B6)) : m_blanks->accessibleName());
+}
+
+void DataPane::updateCaptionWidth()
+{
+    constexpr int charactersKept = 34;
+    m_caption->setMinimumWidth(
+        qMin(m_caption->sizeHint().width(), fontMetrics().averageCharWidth() * charactersKept));
 }
 
 void DataPane::showData(const Dataset &table, const Dataset &input, const QString &emptyText)
@@ -215,6 +234,7 @@ void DataPane::updateCaption()
 {
     if (!m_model->data().hasColumns()) {
         m_caption->setText(tr("No data"));
+        updateCaptionWidth();
         return;
     }
     const int rows = m_model->rowCount();
@@ -223,6 +243,7 @@ void DataPane::updateCaption()
                              .arg(Texts::count(rows), Texts::rows(rows), Texts::count(columns),
                                   Texts::columns(columns));
     m_caption->setText(m_view->isOutdated() ? tr("%1, being updated").arg(size) : size);
+    updateCaptionWidth();
 }
 
 void DataPane::updateNote()

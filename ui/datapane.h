@@ -38,6 +38,7 @@ Q_SIGNALS:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -48,6 +49,7 @@ private:
     QToolButton *makeButton(const QString &text, const QString &tip);
     void updateIcons();
     void updateCaption();
+    void updateCaptionWidth();
     void updateNote();
     void updateFindState();
     void startFind();

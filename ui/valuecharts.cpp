@@ -51,7 +51,8 @@ void ElidedLabel::setText(const QString &text)
 
 QSize ElidedLabel::sizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(m_text), fontMetrics().height()};
+    // The true width may lie between two pixels.
+    return {fontMetrics().horizontalAdvance(m_text) + 2, fontMetrics().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const
