@@ -1,14 +1,21 @@
 #include "arguments.h"
 #include "commandline.h"
+#include "documentcontroller.h"
+#include "icons.h"
+#include "mainwindow.h"
 #include "memoryceiling.h"
 #include "platform.h"
 #include "preferencesstore.h"
 #include "revision.h"
 #include "texts.h"
+#include "theme.h"
+#include "transformcatalogue.h"
 #include "valuepool.h"
+#include "windowapplication.h"
 
-#include <QCoreApplication>
+#include <QFileInfo>
 #include <QLocale>
+#include <QTimer>
 #include <memory>
 #include <new>
 
@@ -43,24 +50,71 @@ void applyPreferences(const Preferences &preferences)
                                                             : MemoryCeiling::defaultLimitGb());
 }
 
-int runProgram(std::unique_ptr<CommandLine> *commandLine)
+struct Start
 {
-    const PreferencesStore store(QCoreApplication::applicationDirPath());
+    Arguments arguments;
+    Preferences preferences;
     QStringList warnings;
-    const Preferences preferences = store.load(&warnings);
-    applyPreferences(preferences);
+};
 
-    const Arguments arguments = Arguments::parsed(QCoreApplication::arguments().mid(1));
-    *commandLine = std::make_unique<CommandLine>(arguments, preferences, buildIdentification());
-    if (const std::optional<int> status = (*commandLine)->begin(warnings)) {
+/// Runs a document without a window, or tells why there is none.
+int runCommandLine(const Start &start, std::unique_ptr<CommandLine> *commandLine)
+{
+    *commandLine =
+        std::make_unique<CommandLine>(start.arguments, start.preferences, buildIdentification());
+    if (const std::optional<int> status = (*commandLine)->begin(start.warnings)) {
         return *status;
     }
-    if (!arguments.commandLine) {
+    if (!start.arguments.commandLine) {
         (*commandLine)->tellNoWindow();
         return CommandLine::Refused;
     }
     Platform::stopRunOnInterrupt();
     return (*commandLine)->run();
+}
+
+int runWindow(const Start &start, PreferencesStore *store)
+{
+    Icons::prepare();
+    applyTheme(qApp, store->theme());
+    Icons::followTheme();
+    const TransformCatalogue catalogue;
+    MainWindow window(store, &catalogue);
+    window.show();
+    window.logWarnings(start.warnings);
+    QTimer::singleShot(0, &window, [&] {
+        window.documents()->offerRecovery();
+        if (!start.arguments.document.isEmpty()) {
+            window.openFiles({QFileInfo(start.arguments.document).absoluteFilePath()});
+        }
+    });
+    const int status = QApplication::exec();
+    return window.memoryExceeded() ? CommandLine::MemoryExceeded : status;
+}
+
+int runProgram(bool withWindow, std::unique_ptr<CommandLine> *commandLine)
+{
+    PreferencesStore store(QCoreApplication::applicationDirPath());
+    Start start;
+    start.preferences = store.load(&start.warnings);
+    applyPreferences(start.preferences);
+    start.arguments = Arguments::parsed(QCoreApplication::arguments().mid(1));
+    const Arguments &arguments = start.arguments;
+    const bool onlyTells = arguments.document.isEmpty() && (arguments.version || arguments.build);
+    if (!withWindow || onlyTells || !arguments.error.isEmpty()) {
+        return runCommandLine(start, commandLine);
+    }
+    return runWindow(start, &store);
+}
+
+/// Before there is an application that knows the arguments better.
+bool asksForCommandLine(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    return Arguments::parsed(arguments).commandLine;
 }
 
 } // namespace
@@ -69,7 +123,13 @@ int main(int argc, char **argv)
 {
     Platform::prepareStreams();
     Platform::prepareAllocator();
-    QCoreApplication application(argc, argv);
+    const bool withWindow = !asksForCommandLine(argc, argv) && hasDisplay();
+    if (withWindow) {
+        QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+        QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    }
+    const std::unique_ptr<QCoreApplication> application(
+        withWindow ? new WindowApplication(argc, argv) : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(Texts::productName());
     QCoreApplication::setOrganizationName(Texts::productName());
     QCoreApplication::setApplicationVersion(Texts::productVersion());
@@ -77,7 +137,7 @@ int main(int argc, char **argv)
     std::unique_ptr<CommandLine> commandLine;
     int status = CommandLine::MemoryExceeded;
     try {
-        status = runProgram(&commandLine);
+        status = runProgram(withWindow, &commandLine);
     } catch (const std::bad_alloc &) {
         CommandLine::tellOutOfMemory();
     }

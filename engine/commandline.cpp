@@ -94,8 +94,8 @@ int CommandLine::refuse(const QString &error)
 
 void CommandLine::tellNoWindow()
 {
-    m_console->log(LogLevel::Fatal, tr("The window is not built yet in this version. Run a "
-                                       "document with: tabweave -cli DOCUMENT"));
+    m_console->log(LogLevel::Fatal, tr("There is no display to open a window on. Run a document "
+                                       "without a window: tabweave -cli DOCUMENT"));
 }
 
 void CommandLine::tellOutOfMemory()

@@ -30,7 +30,7 @@ public:
     std::optional<int> begin(const QStringList &warnings = {});
     int run();
 
-    /// For a start without `cli`, as long as there is no window.
+    /// For a start without `cli` where no window can be shown.
     void tellNoWindow();
     /// Allocates nothing to speak of.
     static void tellOutOfMemory();

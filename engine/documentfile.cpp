@@ -149,7 +149,8 @@ DocumentRecords recordsOf(const GraphScene &scene, const QString &path)
     records.meta.id = settings.id;
     records.meta.snapToGrid = settings.snapToGrid;
     records.meta.notes = settings.notes;
-    records.meta.path = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
+    records.meta.path =
+        path.isEmpty() ? path : QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
     records.meta.autoRun = settings.autoRun;
     for (const Node *node : scene.nodesByAddition()) {
         addRecord(*node, &records);
@@ -185,6 +186,7 @@ bool fillScene(const QString &path, const DocumentRecords &records,
     scene->setClean();
     loaded->version = records.meta.version;
     loaded->createdWithLaterVersion = records.meta.version > DocumentRecords::formatVersion;
+    loaded->savedPath = records.meta.path;
     loaded->warnings = loader.warnings();
     return true;
 }

@@ -19,6 +19,8 @@ struct Loaded
 {
     int version = 0;
     bool createdWithLaterVersion = false;
+    /// Where it was saved, as it says itself.
+    QString savedPath;
     /// For the user: what was left out or is not understood.
     QStringList warnings;
 };

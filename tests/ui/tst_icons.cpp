@@ -71,7 +71,8 @@ private Q_SLOTS:
         }
         for (const char *const name :
              {"input", "output", "note", "run", "run-all", "run-selected", "stop", "autorun",
-              "close", "connect", "fit", "snap", "clipboard", "duplicate", "column-values"}) {
+              "close", "connect", "fit", "snap", "clipboard", "duplicate", "column-values",
+              "status-ok", "status-outdated"}) {
             QTest::newRow(name) << QString(name);
         }
     }

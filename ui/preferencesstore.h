@@ -1,9 +1,11 @@
 #pragma once
 
 #include "preferences.h"
+#include "theme.h"
 
 #include <QCoreApplication>
 #include <QSettings>
+#include <QVariant>
 #include <memory>
 
 /// Where the user's preferences are kept: in "tabweave.ini" beside the program when there is one
@@ -17,8 +19,23 @@ public:
 
     /// Values that are not possible are replaced by the default, with a warning.
     Preferences load(QStringList *warnings) const;
+    /// Stores all of them; those that have their default value are removed from the store.
+    void save(const Preferences &preferences);
+
+    ThemeChoice theme() const;
+    void setTheme(ThemeChoice choice);
+
+    /// Absolute paths, the last one first.
+    QStringList recentDocuments() const;
+    void addRecentDocument(const QString &path);
+    void removeRecentDocument(const QString &path);
+
+    /// What the window remembers of itself from one start to the next, by name.
+    QVariant windowValue(const QString &name) const;
+    void setWindowValue(const QString &name, const QVariant &value);
 
 private:
+    void setOrRemove(const QString &key, const QVariant &value, bool isDefault);
     QString text(const QString &key) const;
     double number(const QString &key, double most, QStringList *warnings) const;
     QStringList extensions(const QString &key) const;

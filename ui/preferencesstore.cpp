@@ -4,6 +4,14 @@
 #include <QFileInfo>
 #include <QLocale>
 
+namespace {
+
+constexpr int mostRecentDocuments = 12;
+const QString themeKey = QStringLiteral("theme");
+const QString recentKey = QStringLiteral("window/recent_documents");
+
+} // namespace
+
 PreferencesStore::PreferencesStore(const QString &programFolder)
 {
     const QString portable = QDir(programFolder).filePath(QStringLiteral("tabweave.ini"));
@@ -33,6 +41,80 @@ Preferences PreferencesStore::load(QStringList *warnings) const
     preferences.blockedOutputExtensions = extensions(QStringLiteral("blocked_output_extensions"));
     preferences.fileTypesByExtension = fileTypes(QStringLiteral("extension_types"), warnings);
     return preferences;
+}
+
+void PreferencesStore::save(const Preferences &preferences)
+{
+    const auto &p = preferences;
+    const auto joined = [](const QStringList &list) { return list.join(QLatin1Char(',')); };
+    const auto set = [this](const char *key, const QVariant &value, bool isDefault) {
+        setOrRemove(QLatin1String(key), value, isDefault);
+    };
+    set("locale", p.localeName, p.localeName.isEmpty());
+    set("date_formats", p.dateFormats.join(QLatin1Char('\n')), p.dateFormats.isEmpty());
+    set("max_memory_usage", p.maxMemoryGb, p.maxMemoryGb <= 0.0);
+    set("optimize_for", p.optimizeFor, p.optimizeFor == 0);
+    set("auto_run_delay", p.autoRunDelaySeconds, p.autoRunDelaySeconds <= 0.0);
+    set("sound_when_completed", 1, !p.soundWhenCompleted);
+    set("blocked_input_extensions", joined(p.blockedInputExtensions),
+        p.blockedInputExtensions.isEmpty());
+    set("blocked_output_extensions", joined(p.blockedOutputExtensions),
+        p.blockedOutputExtensions.isEmpty());
+    QStringList types;
+    for (auto type = p.fileTypesByExtension.begin(); type != p.fileTypesByExtension.end(); ++type) {
+        types.append(QStringLiteral("%1:%2").arg(type.key(), QString::number(int(type.value()))));
+    }
+    set("extension_types", joined(types), types.isEmpty());
+}
+
+void PreferencesStore::setOrRemove(const QString &key, const QVariant &value, bool isDefault)
+{
+    if (isDefault) {
+        m_settings->remove(key);
+    } else {
+        m_settings->setValue(key, value);
+    }
+}
+
+ThemeChoice PreferencesStore::theme() const
+{
+    const int number = m_settings->value(themeKey).toInt();
+    return number == 1 ? ThemeChoice::Light : number == 2 ? ThemeChoice::Dark : ThemeChoice::System;
+}
+
+void PreferencesStore::setTheme(ThemeChoice choice)
+{
+    setOrRemove(themeKey, int(choice), choice == ThemeChoice::System);
+}
+
+QStringList PreferencesStore::recentDocuments() const
+{
+    return m_settings->value(recentKey).toStringList();
+}
+
+void PreferencesStore::addRecentDocument(const QString &path)
+{
+    QStringList recent = recentDocuments();
+    recent.removeAll(path);
+    recent.prepend(path);
+    m_settings->setValue(recentKey, QStringList(recent.mid(0, mostRecentDocuments)));
+}
+
+void PreferencesStore::removeRecentDocument(const QString &path)
+{
+    QStringList recent = recentDocuments();
+    recent.removeAll(path);
+    m_settings->setValue(recentKey, recent);
+}
+
+QVariant PreferencesStore::windowValue(const QString &name) const
+{
+    return m_settings->value(QLatin1String("window/") + name);
+}
+
+void PreferencesStore::setWindowValue(const QString &name, const QVariant &value)
+{
+    m_settings->setValue(QLatin1String("window/") + name, value);
 }
 
 // A value with commas is read as a list unless it stands in quotes.

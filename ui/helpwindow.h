@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+class QTextBrowser;
+
+/// Shows the user's guide.
+class HelpWindow final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit HelpWindow(QWidget *parent);
+
+    /// A page by its file's name, with an optional "#section". False when the guide is not there.
+    bool showPage(const QString &page);
+
+private:
+    QTextBrowser *m_text;
+    QString m_folder;
+};

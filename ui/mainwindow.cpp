@@ -1,0 +1,640 @@
+#include "mainwindow.h"
+
+#include "canvasview.h"
+#include "connection.h"
+#include "datapane.h"
+#include "documentcontroller.h"
+#include "graphscene.h"
+#include "icons.h"
+#include "itemadder.h"
+#include "itempane.h"
+#include "leftpane.h"
+#include "logpane.h"
+#include "memoryceiling.h"
+#include "preferencesstore.h"
+#include "runcontroller.h"
+#include "startpage.h"
+#include "statusstrip.h"
+#include "texts.h"
+#include "transformsettings.h"
+#include "windowactions.h"
+#include "windowinterface.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProcess>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QUndoStack>
+#include <QUrl>
+
+namespace {
+
+const QString geometryKey = QStringLiteral("geometry");
+const QString layoutKey = QStringLiteral("layout");
+/// Raised whenever the docks are others, so that an old layout is not applied to them.
+constexpr int layoutVersion = 1;
+constexpr qint64 longRunMs = 3000;
+
+QStringList localPaths(const QMimeData *data)
+{
+    QStringList paths;
+    for (const QUrl &url : data->urls()) {
+        if (url.isLocalFile()) {
+            paths.append(url.toLocalFile());
+        }
+    }
+    return paths;
+}
+
+} // namespace
+
+MainWindow::MainWindow(PreferencesStore *store, const TransformCatalogue *catalogue)
+    : m_store(store)
+    , m_catalogue(catalogue)
+    , m_user(new WindowInterface(this, store))
+    , m_scene(std::make_unique<GraphScene>(m_user))
+    , m_runs(new RunController(m_scene.get(), this))
+    , m_documents(new DocumentController({m_scene.get(), m_user, store, catalogue, m_runs}, this))
+    , m_actions(new WindowActions(this))
+    , m_status(new StatusStrip(statusBar()))
+{
+    setAcceptDrops(true);
+    setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
+    m_stateTimer.setSingleShot(true);
+    m_stateTimer.setInterval(50);
+    connect(&m_stateTimer, &QTimer::timeout, this, &MainWindow::showState);
+
+    makePanes();
+    fillThemes();
+    connectDocument();
+    connectFileActions();
+    connectEditActions();
+    connectViewActions();
+    connectRun();
+    connectCanvas();
+    applyPreferences();
+    restoreLayout();
+    showTitle();
+    showCentre();
+    showState();
+}
+
+MainWindow::~MainWindow()
+{
+    // Panes look at the scene until they are gone.
+    delete takeCentralWidget();
+    for (QDockWidget *const dock : {m_leftDock, m_itemDock, m_dataDock, m_logDock}) {
+        delete dock;
+    }
+    delete m_documents;
+    delete m_runs;
+    m_scene.reset();
+}
+
+void MainWindow::makePanes()
+{
+    m_start = new StartPage(m_store, this);
+    m_canvas = new CanvasView(m_scene.get(), this);
+    m_centre = new QStackedWidget(this);
+    m_centre->addWidget(m_start);
+    m_centre->addWidget(m_canvas);
+    setCentralWidget(m_centre);
+    m_adder = new ItemAdder(m_scene.get(), m_canvas, m_catalogue, m_store, this);
+
+    m_leftPane = new LeftPane(
+        m_catalogue, {m_actions->addInput, m_actions->addOutput, m_actions->addNote}, this);
+    m_itemPane = new ItemPane(m_scene.get(), this);
+    m_dataPane = new DataPane(this);
+    m_logPane = new LogPane(this);
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
+    m_leftDock = addDock(tr("Add"), QStringLiteral("add"), m_leftPane, Qt::LeftDockWidgetArea);
+    m_itemDock = addDock(tr("Item"), QStringLiteral("item"), m_itemPane, Qt::RightDockWidgetArea);
+    m_dataDock = addDock(tr("Data"), QStringLiteral("data"), m_dataPane, Qt::BottomDockWidgetArea);
+    m_logDock = addDock(tr("Log"), QStringLiteral("log"), m_logPane, Qt::BottomDockWidgetArea);
+    setTabPosition(Qt::BottomDockWidgetArea, QTabWidget::North);
+    // Reading order.
+    setTabOrder(m_leftPane, m_centre);
+    setTabOrder(m_centre, m_itemPane);
+    setTabOrder(m_itemPane, m_dataPane);
+}
+
+QDockWidget *MainWindow::addDock(const QString &title, const QString &name, QWidget *content,
+                                 Qt::DockWidgetArea area)
+{
+    auto *const dock = new QDockWidget(title, this);
+    dock->setObjectName(name);
+    dock->setWidget(content);
+    addDockWidget(area, dock);
+    m_actions->panes->addAction(dock->toggleViewAction());
+    return dock;
+}
+
+void MainWindow::resetLayout()
+{
+    const QList<QDockWidget *> docks = {m_leftDock, m_itemDock, m_dataDock, m_logDock};
+    for (QDockWidget *const dock : docks) {
+        dock->setFloating(false);
+        dock->show();
+    }
+    addDockWidget(Qt::LeftDockWidgetArea, m_leftDock);
+    addDockWidget(Qt::RightDockWidgetArea, m_itemDock);
+    addDockWidget(Qt::BottomDockWidgetArea, m_dataDock);
+    addDockWidget(Qt::BottomDockWidgetArea, m_logDock);
+    tabifyDockWidget(m_dataDock, m_logDock);
+    m_dataDock->raise();
+    const int em = fontMetrics().height();
+    resizeDocks({m_leftDock, m_itemDock}, {14 * em, 20 * em}, Qt::Horizontal);
+    resizeDocks({m_dataDock}, {height() * 2 / 5}, Qt::Vertical);
+}
+
+void MainWindow::restoreLayout()
+{
+    const QByteArray geometry = m_store->windowValue(geometryKey).toByteArray();
+    if (geometry.isEmpty() || !restoreGeometry(geometry)) {
+        resize(1360, 860);
+    }
+    resetLayout();
+    restoreState(m_store->windowValue(layoutKey).toByteArray(), layoutVersion);
+}
+
+void MainWindow::saveLayout()
+{
+    m_store->setWindowValue(geometryKey, saveGeometry());
+    m_store->setWindowValue(layoutKey, saveState(layoutVersion));
+}
+
+void MainWindow::connectDocument()
+{
+    GraphScene *const scene = m_scene.get();
+    const auto later = [this] { m_stateTimer.start(); };
+    connect(scene, &GraphScene::nodesAdded, this, later);
+    connect(scene, &GraphScene::nodesDeleted, this, later);
+    connect(scene, &GraphScene::selectionChanged, this, later);
+    connect(scene, &GraphScene::connectionsChanged, this, later);
+    connect(scene, &GraphScene::nodeDataChanged, this, later);
+    for (const auto signal :
+         {&GraphScene::nodesAdded, &GraphScene::nodesDeleted, &GraphScene::selectionChanged}) {
+        connect(scene, signal, this, &MainWindow::updateActions);
+    }
+    connect(scene, &GraphScene::nodesAdded, this, &MainWindow::showCentre);
+    connect(scene, &GraphScene::selectionChanged, this, &MainWindow::showData);
+    connect(scene, &GraphScene::nodesDeleted, this, &MainWindow::showData);
+    connect(scene, &GraphScene::nodeDataChanged, this, [this](const Node *node) {
+        if (node == m_shownNode) {
+            showData();
+        }
+    });
+    connect(scene, &GraphScene::showWarningMessage, this, [this](const QString &text) {
+        tellUser(this, Texts::productName(), text.trimmed(), false);
+    });
+    connect(scene, &GraphScene::showCriticalMessage, this, [this](const QString &text) {
+        tellUser(this, Texts::productName(), text.trimmed(), true);
+    });
+    connect(scene, &GraphScene::showTempMessage, m_status, &StatusStrip::showText);
+    connect(m_user, &WindowInterface::statusShown, m_status, &StatusStrip::showText);
+    connect(m_user, &WindowInterface::logged, m_logPane, &LogPane::add);
+
+    connect(m_documents, &DocumentController::changed, this, &MainWindow::showTitle);
+    connect(m_documents, &DocumentController::localeChanged, this, &MainWindow::applyPreferences);
+    connect(m_documents, &DocumentController::replaced, this, [this] {
+        m_wantsCanvas = m_scene->nodeCount() > 0 || !m_scene->document().path.isEmpty();
+        m_actions->autoRun->setChecked(m_scene->document().autoRun);
+        m_actions->snapToGrid->setChecked(m_scene->document().snapToGrid);
+        showCentre();
+        showData();
+        m_stateTimer.start();
+        m_canvas->fit();
+    });
+}
+
+void MainWindow::connectFileActions()
+{
+    WindowActions &a = *m_actions;
+    const auto on = [this](QAction *action, auto slot) {
+        connect(action, &QAction::triggered, this, [slot] { slot(); });
+    };
+    on(a.newDocument, [this] { m_documents->newDocument(); });
+    on(a.newWindow, [this] { openInNewWindow(QString()); });
+    on(a.open, [this] { m_documents->browse(); });
+    on(a.save, [this] { m_documents->save(); });
+    on(a.saveAs, [this] { m_documents->saveAs(); });
+    on(a.close, [this] { close(); });
+    on(a.addInput, [this] { m_adder->askForInputs(); });
+    on(a.addClipboard, [this] { m_adder->addClipboardInput(); });
+    on(a.addOutput, [this] { m_adder->askForOutput(); });
+    on(a.addNote, [this] { m_adder->addNote(); });
+    connect(a.recent, &QMenu::aboutToShow, this, &MainWindow::fillRecent);
+    for (const QString &path : exampleDocuments()) {
+        a.examples->addAction(QFileInfo(path).completeBaseName(), this,
+                              [this, path] { m_documents->open(path); });
+    }
+    a.examples->setEnabled(!a.examples->isEmpty());
+    connect(m_start, &StartPage::openWanted, m_documents, &DocumentController::open);
+    connect(m_start, &StartPage::browseWanted, m_documents, &DocumentController::browse);
+    connect(m_start, &StartPage::inputWanted, this, [this] { m_adder->askForInputs(); });
+    connect(m_start, &StartPage::emptyCanvasWanted, this, [this] {
+        m_wantsCanvas = true;
+        showCentre();
+        m_canvas->setFocus();
+    });
+}
+
+void MainWindow::connectEditActions()
+{
+    WindowActions &a = *m_actions;
+    const auto on = [this](QAction *action, auto slot) {
+        connect(action, &QAction::triggered, this, [slot] { slot(); });
+    };
+    const QUndoStack &history = m_scene->undoStack();
+    on(a.undo, [this] { m_scene->undo(); });
+    on(a.redo, [this] { m_scene->redo(); });
+    connect(&history, &QUndoStack::canUndoChanged, a.undo, &QAction::setEnabled);
+    connect(&history, &QUndoStack::canRedoChanged, a.redo, &QAction::setEnabled);
+    connect(&history, &QUndoStack::undoTextChanged, a.undo, [&a](const QString &text) {
+        a.undo->setText(text.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(text));
+    });
+    connect(&history, &QUndoStack::redoTextChanged, a.redo, [&a](const QString &text) {
+        a.redo->setText(text.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(text));
+    });
+    a.undo->setEnabled(false);
+    a.redo->setEnabled(false);
+    on(a.cut, [this] { m_canvas->cutSelection(); });
+    on(a.copy, [this] { m_canvas->copySelection(); });
+    on(a.paste, [this] {
+        m_wantsCanvas = true;
+        m_canvas->paste();
+    });
+    on(a.duplicate, [this] { m_canvas->duplicateSelection(); });
+    on(a.remove, [this] { m_canvas->deleteSelection(); });
+    on(a.removeHealed, [this] { m_canvas->deleteSelectionHealed(); });
+    on(a.selectAll, [this] { m_canvas->selectAll(); });
+    on(a.connectItems, [this] { m_canvas->connectSelection(); });
+    on(a.quickAdd, [this] {
+        m_wantsCanvas = true;
+        showCentre();
+        m_canvas->showQuickAdd();
+    });
+    on(a.rename, [this] {
+        m_itemDock->show();
+        m_itemPane->focusName();
+    });
+    on(a.findItem, [this] { findItem(); });
+    on(a.preferences, [this] { editPreferences(); });
+    // In tables and text fields these keys mean their own text.
+    for (QAction *const action : {a.cut, a.copy, a.paste, a.remove, a.removeHealed, a.selectAll}) {
+        action->setShortcutContext(Qt::WidgetShortcut);
+        m_canvas->addAction(action);
+    }
+}
+
+void MainWindow::connectViewActions()
+{
+    WindowActions &a = *m_actions;
+    const auto on = [this](QAction *action, auto slot) {
+        connect(action, &QAction::triggered, this, [slot] { slot(); });
+    };
+    on(a.zoomIn, [this] { m_canvas->zoomIn(); });
+    on(a.zoomOut, [this] { m_canvas->zoomOut(); });
+    on(a.resetZoom, [this] { m_canvas->resetZoom(); });
+    on(a.fit, [this] { m_canvas->fit(); });
+    connect(a.snapToGrid, &QAction::toggled, this,
+            [this](bool isOn) { m_canvas->setSnapToGrid(isOn); });
+    on(a.focusCanvas, [this] { m_canvas->setFocus(Qt::ShortcutFocusReason); });
+    const auto open = [](QDockWidget *dock) {
+        dock->show();
+        dock->raise();
+    };
+    on(a.focusOptions, [this, open] {
+        open(m_itemDock);
+        m_itemPane->focusOptions();
+    });
+    on(a.focusTable, [this, open] {
+        open(m_dataDock);
+        m_dataPane->focusTable();
+    });
+    on(a.focusLog, [this, open] {
+        open(m_logDock);
+        m_logPane->focusText();
+    });
+    on(a.resetLayout, [this] { resetLayout(); });
+    on(a.help, [this] { showHelp(); });
+    on(a.about, [this] { showAbout(); });
+}
+
+void MainWindow::connectRun()
+{
+    WindowActions &a = *m_actions;
+    const auto on = [this](QAction *action, auto slot) {
+        connect(action, &QAction::triggered, this, [slot] { slot(); });
+    };
+    on(a.runAll, [this] { m_runs->run(RunMode::All); });
+    on(a.runUnprocessed, [this] { m_runs->run(RunMode::Changed); });
+    on(a.runSelected, [this] { m_runs->run(RunMode::Selected); });
+    on(a.stop, [this] { m_runs->stop(); });
+    a.autoRun->setChecked(m_scene->document().autoRun);
+    connect(a.autoRun, &QAction::toggled, m_runs, &RunController::setAutoRun);
+    connect(m_itemPane, &ItemPane::runWanted, this, [this] {
+        m_runs->run(m_scene->document().autoRun ? RunMode::Changed : RunMode::Selected);
+    });
+    connect(m_itemPane, &ItemPane::edited, m_runs, &RunController::postpone);
+    connect(m_runs, &RunController::started, this, [this] {
+        updateActions();
+        showState();
+    });
+    connect(m_runs, &RunController::progressed, this, [this] {
+        const qint64 remaining = m_runs->remainingMs();
+        m_status->showProgress(m_runs->isRunning(), m_runs->fraction(),
+                               remaining > longRunMs ? remaining : -1);
+    });
+    connect(m_runs, &RunController::ended, this, &MainWindow::runEnded);
+}
+
+void MainWindow::connectCanvas()
+{
+    connect(m_leftPane, &LeftPane::transformWanted, this,
+            [this](const QString &type) { m_adder->addTransform(type); });
+    connect(m_canvas, &CanvasView::filesDropped, this,
+            [this](const QStringList &paths, const QPointF &place) { openFiles(paths, &place); });
+    connect(m_canvas, &CanvasView::editRequested, this, [this] {
+        m_itemDock->show();
+        m_itemDock->raise();
+        m_itemPane->focusOptions();
+    });
+    connect(m_canvas, &CanvasView::transformWanted, this,
+            [this](const QString &type, const QPointF &place) {
+                // Without inputs it stands where it was wanted, else beside them.
+                m_adder->addTransform(type, m_scene->selectedNodes().isEmpty() ? &place : nullptr);
+            });
+    connect(m_canvas, &CanvasView::transformWantedOn, m_adder, &ItemAdder::insertTransform);
+    connect(m_canvas, &CanvasView::inputWanted, this,
+            [this](const QPointF &place) { m_adder->askForInputs(&place); });
+    connect(m_canvas, &CanvasView::outputWanted, this,
+            [this](const QPointF &place) { m_adder->askForOutput(&place); });
+    connect(m_canvas, &CanvasView::noteWanted, this,
+            [this](const QPointF &place) { m_adder->addNote(&place); });
+    connect(m_canvas, &CanvasView::hintChanged, m_status, &StatusStrip::showText);
+    connect(m_dataPane, &DataPane::filterWanted, this, &MainWindow::filterBy);
+}
+
+void MainWindow::fillRecent()
+{
+    m_actions->recent->clear();
+    for (const QString &path : m_store->recentDocuments()) {
+        m_actions->recent->addAction(QDir::toNativeSeparators(path), this,
+                                     [this, path] { m_documents->open(path); });
+    }
+    if (m_actions->recent->isEmpty()) {
+        m_actions->recent->addAction(tr("None"))->setEnabled(false);
+    }
+}
+
+void MainWindow::fillThemes()
+{
+    auto *const group = new QActionGroup(this);
+    const auto add = [&](const QString &text, ThemeChoice choice) {
+        QAction *const action = m_actions->themes->addAction(text);
+        action->setCheckable(true);
+        action->setChecked(m_store->theme() == choice);
+        group->addAction(action);
+        connect(action, &QAction::triggered, this, [this, choice] {
+            m_store->setTheme(choice);
+            applyTheme(qApp, choice);
+        });
+    };
+    add(tr("Follow the &desktop"), ThemeChoice::System);
+    add(tr("&Light"), ThemeChoice::Light);
+    add(tr("D&ark"), ThemeChoice::Dark);
+}
+
+void MainWindow::showTitle()
+{
+    setWindowTitle(QStringLiteral("%1[*] - %2").arg(m_documents->title(), Texts::productName()));
+    setWindowModified(m_documents->isModified());
+    setWindowFilePath(m_scene->document().path);
+}
+
+void MainWindow::showCentre()
+{
+    m_wantsCanvas = m_wantsCanvas || m_scene->nodeCount() > 0;
+    QWidget *const page = m_wantsCanvas ? static_cast<QWidget *>(m_canvas) : m_start;
+    if (m_centre->currentWidget() != page) {
+        m_start->refresh();
+        m_centre->setCurrentWidget(page);
+    }
+}
+
+void MainWindow::showData()
+{
+    const QList<Node *> selected = m_scene->selectedNodes();
+    const Node *const node = selected.size() == 1 ? selected.first() : nullptr;
+    const bool isSame = node == m_shownNode;
+    m_shownNode = node;
+    if (!node || node->kind() == ItemKind::Note) {
+        m_dataPane->showData(Dataset(), Dataset(), tr("Select an item to see its table."));
+        m_dataPane->setOutdated(false);
+        return;
+    }
+    const bool isOutdated =
+        node->status() == ItemStatus::NeedsUpdating || node->status() == ItemStatus::Updating;
+    if (isOutdated && isSame && node->dataset().hasColumns()) {
+        m_dataPane->setOutdated(true);
+        return;
+    }
+    QString empty;
+    if (node->status() == ItemStatus::Error) {
+        empty =
+            tr("The item has an error: %1")
+                .arg(node->warnings().isEmpty() ? QString() : node->warnings().last().trimmed());
+    } else if (isOutdated) {
+        empty = tr("The item has not been run yet. Press F5 to run it.");
+    } else {
+        empty = tr("The table has no rows.");
+    }
+    const QList<Node *> upstream = node->upstreamNodes();
+    m_dataPane->showData(node->dataset(),
+                         upstream.size() == 1 && node->kind() == ItemKind::Transform
+                             ? upstream.first()->dataset()
+                             : Dataset(),
+                         empty);
+    m_dataPane->setOutdated(isOutdated && node->dataset().hasColumns());
+}
+
+void MainWindow::showState()
+{
+    int outdated = 0;
+    int errors = 0;
+    int warnings = 0;
+    for (const Node *const node : m_scene->nodes()) {
+        if (node->kind() != ItemKind::Note) {
+            outdated += node->status() == ItemStatus::NeedsUpdating ? 1 : 0;
+            errors += node->status() == ItemStatus::Error ? 1 : 0;
+            warnings += node->warnings().isEmpty() ? 0 : 1;
+        }
+    }
+    const Theme &theme = Theme::current();
+    const bool isRunning = m_runs->isRunning();
+    if (isRunning) {
+        m_status->showState(tr("Running"), QStringLiteral("run"), theme.accent);
+    } else if (errors > 0) {
+        m_status->showState(tr("%1 item(s) with errors").arg(Texts::count(errors)),
+                            QStringLiteral("notice-warning"), theme.error);
+    } else if (outdated > 0) {
+        m_status->showState(tr("%1 item(s) need updating").arg(Texts::count(outdated)),
+                            QStringLiteral("status-outdated"), theme.secondaryText);
+    } else if (m_scene->nodeCount() == 0) {
+        m_status->showState(QString(), QStringLiteral("status-outdated"), Qt::transparent);
+    } else {
+        const QString text =
+            warnings > 0 ? tr("Up to date, %1 item(s) with warnings").arg(Texts::count(warnings))
+                         : tr("Up to date");
+        m_status->showState(text, QStringLiteral("status-ok"),
+                            warnings > 0 ? theme.warning : theme.ok);
+    }
+    m_status->showProgress(isRunning, m_runs->fraction(), -1);
+    updateActions();
+}
+
+void MainWindow::updateActions()
+{
+    WindowActions &a = *m_actions;
+    const bool hasSelection = !m_scene->selectedNodes().isEmpty();
+    const bool hasItems = m_scene->nodeCount() > 0;
+    const bool isRunning = m_runs->isRunning();
+    a.stop->setEnabled(isRunning);
+    a.runAll->setEnabled(hasItems && !isRunning);
+    a.runUnprocessed->setEnabled(hasItems && !isRunning);
+    a.runSelected->setEnabled(hasSelection && !isRunning);
+    for (QAction *const action : {a.cut, a.copy, a.duplicate, a.removeHealed, a.rename}) {
+        action->setEnabled(hasSelection);
+    }
+    for (QAction *const action : {a.selectAll, a.findItem, a.fit}) {
+        action->setEnabled(hasItems);
+    }
+    a.connectItems->setEnabled(m_scene->selectedNodes().size() > 1);
+}
+
+void MainWindow::runEnded(const RunResult &result)
+{
+    showState();
+    showData();
+    if (result.memoryExceeded) {
+        showMemoryExceeded(result);
+    } else if (m_closeAfterRun) {
+        m_closeAfterRun = false;
+        QTimer::singleShot(0, this, &QWidget::close);
+    }
+}
+
+void MainWindow::showMemoryExceeded(const RunResult &)
+{
+    m_documents->saveForRecovery();
+    tellUser(this, tr("Maximum memory exceeded"),
+             tr("%1 has exceeded the memory allocation set in 'Preferences' and will close.")
+                 .arg(Texts::productName()),
+             true);
+    m_memoryExceeded = true;
+    QTimer::singleShot(0, qApp, &QApplication::quit);
+}
+
+void MainWindow::openFiles(const QStringList &paths, const QPointF *place)
+{
+    QStringList inputs;
+    QString document;
+    for (const QString &path : paths) {
+        const bool isDocument =
+            QFileInfo(path).suffix().compare(QLatin1String("transform"), Qt::CaseInsensitive) == 0;
+        if (isDocument) {
+            document = path;
+        } else {
+            inputs.append(path);
+        }
+    }
+    if (!inputs.isEmpty()) {
+        m_wantsCanvas = true;
+        m_adder->addInputs(inputs, place ? *place : m_canvas->placeForInput());
+    } else if (!document.isEmpty()) {
+        m_documents->open(document);
+    }
+}
+
+void MainWindow::logWarnings(const QStringList &warnings)
+{
+    for (const QString &warning : warnings) {
+        m_logPane->add(LogLevel::Warning, warning);
+    }
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_runs->isRunning()) {
+        // The run stands further up in the call stack.
+        m_closeAfterRun = true;
+        m_runs->stop();
+        event->ignore();
+        return;
+    }
+    if (!m_memoryExceeded && !m_documents->mayLeave()) {
+        event->ignore();
+        return;
+    }
+    saveLayout();
+    event->accept();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!localPaths(event->mimeData()).isEmpty()) {
+        event->acceptProposedAction();
+    }
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    const QStringList paths = localPaths(event->mimeData());
+    event->acceptProposedAction();
+    // The program that drags waits until this returns.
+    QTimer::singleShot(0, this, [this, paths] { openFiles(paths); });
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange && m_actions) {
+        Icons::followTheme();
+        m_actions->setIcons();
+        m_stateTimer.start();
+    }
+    QMainWindow::changeEvent(event);
+}
+
+void MainWindow::applyPreferences()
+{
+    QStringList warnings;
+    const Preferences preferences = m_store->load(&warnings);
+    if (!preferences.localeName.isEmpty()) {
+        QLocale::setDefault(QLocale(preferences.localeName));
+    }
+    applyDateFormats(preferences);
+    MemoryCeiling::setLimitGb(preferences.maxMemoryGb > 0.0 ? preferences.maxMemoryGb
+                                                            : MemoryCeiling::defaultLimitGb());
+    m_scene->setPreferences(preferences);
+    m_dataPane->setDateFormats(TransformSettings::current().dateFormats);
+}
+
+void MainWindow::openInNewWindow(const QString &path)
+{
+    QStringList arguments;
+    if (!path.isEmpty()) {
+        arguments.append(path);
+    }
+    QProcess::startDetached(QCoreApplication::applicationFilePath(), arguments);
+}
