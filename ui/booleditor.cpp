@@ -8,7 +8,6 @@ BoolParameterWidget::BoolParameterWidget(QWidget *parent)
     : ParameterEditor(parent)
     , m_box(new WrappingCheckBox)
 {
-    m_box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     contents()->addWidget(m_box);
     setMainField(m_box);
     connect(m_box, &QCheckBox::clicked, this, [this](bool isChecked) { choose(isChecked); });

@@ -118,11 +118,11 @@ void IfParameterWidget::showTerms(int row)
 {
     const RowsModel::Rows &rows = m_branches->model()->rows();
     const bool isBranch = row >= 0 && row < rows.size();
-    m_terms->setEnabled(isBranch);
+    m_terms->setVisible(isBranch);
+    m_termsLabel->setVisible(isBranch);
     m_terms->setTerms(isBranch ? termsOf(rows[row]) : QList<FilterTerm>());
-    m_termsLabel->setText(isBranch ? tr("Tests of branch %1 (%2): all have to hold")
-                                         .arg(QString::number(row + 1), branchName(row))
-                                   : tr("Add a branch to give it tests."));
+    m_termsLabel->setText(tr("Tests of branch %1 (%2): all have to hold")
+                              .arg(QString::number(row + 1), branchName(row)));
     showNotice(m_terms->problem(), true);
 }
 

@@ -59,7 +59,7 @@ ReplaceTermsParameterWidget::ReplaceTermsParameterWidget(QWidget *parent)
 {
     contents()->addWidget(m_table);
     setMainField(m_table->view());
-    m_table->setFields({{RowField::Kind::Text, tr("Find"), {}, 5},
+    m_table->setFields({{RowField::Kind::Text, tr("Find"), {}, 4},
                         {RowField::Kind::Text, tr("Replace with"), {}, 6},
                         {RowField::Kind::Choice, tr("Match"), kinds(), 4}});
     m_table->model()->setProblem(

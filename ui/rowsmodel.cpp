@@ -228,7 +228,7 @@ QVariant RowsModel::headerData(int section, Qt::Orientation orientation, int rol
         return m_fields[section].title;
     }
     if (role == Qt::TextAlignmentRole) {
-        return int(Qt::AlignLeft | Qt::AlignVCenter) | int(Qt::TextWordWrap);
+        return int(Qt::AlignLeft | Qt::AlignVCenter);
     }
     return {};
 }

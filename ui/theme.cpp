@@ -1,12 +1,12 @@
 #include "theme.h"
 
 #include "node.h"
+#include "themestyle.h"
 #include "transformcategory.h"
 
 #include <QApplication>
 #include <QPalette>
 #include <QStyle>
-#include <QStyleFactory>
 #include <cmath>
 
 namespace {
@@ -27,6 +27,7 @@ Theme makeLight()
     theme.text = rgb(0x1d2025);
     theme.secondaryText = rgb(0x59616b);
     theme.border = rgb(0xc9ced6);
+    theme.fieldOutline = rgb(0x848b94);
     theme.grid = rgb(0xe6e9ed);
     theme.accent = rgb(0x2563c9);
     theme.ok = rgb(0x1b7f3b);
@@ -54,6 +55,7 @@ Theme makeDark()
     theme.text = rgb(0xe8eaed);
     theme.secondaryText = rgb(0xa4abb5);
     theme.border = rgb(0x4a5058);
+    theme.fieldOutline = rgb(0x7a828c);
     theme.grid = rgb(0x24272b);
     theme.accent = rgb(0x6ea0f5);
     theme.ok = rgb(0x5cc27a);
@@ -225,6 +227,6 @@ void applyTheme(QApplication *application, ThemeChoice choice)
     const bool isDark =
         choice == ThemeChoice::Dark || (choice == ThemeChoice::System && isDesktopDark());
     currentTheme = isDark ? &Theme::dark() : &Theme::light();
-    application->setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    application->setStyle(new ThemeStyle);
     application->setPalette(paletteOf(*currentTheme));
 }

@@ -23,6 +23,7 @@ struct Theme
     QColor text;
     QColor secondaryText;
     QColor border;
+    QColor fieldOutline;
     QColor grid;
     QColor accent;
     QColor ok;

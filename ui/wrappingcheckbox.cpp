@@ -29,17 +29,38 @@ QString broken(const QString &text, const QFontMetrics &metrics, int width)
 
 } // namespace
 
+WrappingCheckBox::WrappingCheckBox(QWidget *parent)
+    : QCheckBox(parent)
+{
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+}
+
 void WrappingCheckBox::setWrappedText(const QString &text)
 {
     m_text = text;
     wrap();
+    updateGeometry();
+}
+
+QString WrappingCheckBox::wrapped(int width) const
+{
+    const int around = style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+                       style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing) + 4;
+    return broken(m_text, fontMetrics(), width - around);
 }
 
 void WrappingCheckBox::wrap()
 {
-    const int around = style()->pixelMetric(QStyle::PM_IndicatorWidth) +
-                       style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing) + 4;
-    setText(broken(m_text, fontMetrics(), width() - around));
+    setText(wrapped(width()));
+}
+
+int WrappingCheckBox::heightForWidth(int width) const
+{
+    const int lines = wrapped(width).count(QLatin1Char('\n'));
+    const int shown = text().count(QLatin1Char('\n'));
+    return QCheckBox::sizeHint().height() + (lines - shown) * fontMetrics().lineSpacing();
 }
 
 QSize WrappingCheckBox::sizeHint() const

@@ -8,9 +8,10 @@ class WrappingCheckBox final : public QCheckBox
     Q_OBJECT
 
 public:
-    using QCheckBox::QCheckBox;
+    explicit WrappingCheckBox(QWidget *parent = nullptr);
 
     void setWrappedText(const QString &text);
+    int heightForWidth(int width) const override;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
@@ -19,6 +20,7 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    QString wrapped(int width) const;
     void wrap();
 
     QString m_text;

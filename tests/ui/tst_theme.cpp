@@ -2,7 +2,12 @@
 #include "theme.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QImage>
+#include <QLineEdit>
 #include <QPalette>
+#include <QSpinBox>
 #include <cmath>
 
 namespace {
@@ -30,6 +35,32 @@ class TestTheme : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    /// The darkest or lightest pixel of a control's outline against the window.
+    void outlinesCanBeSeen_data() { contrasts_data(); }
+    void outlinesCanBeSeen()
+    {
+        QFETCH(bool, isDark);
+        applyTheme(qApp, isDark ? ThemeChoice::Dark : ThemeChoice::Light);
+        QCheckBox check;
+        QLineEdit line;
+        QSpinBox spin;
+        QComboBox box;
+        for (QWidget *const widget :
+             {static_cast<QWidget *>(&check), static_cast<QWidget *>(&line),
+              static_cast<QWidget *>(&spin), static_cast<QWidget *>(&box)}) {
+            widget->resize(widget->sizeHint());
+            const QImage image = widget->grab().toImage();
+            double best = 0;
+            for (int x = 0; x < 10; ++x) {
+                best = qMax(
+                    best, contrast(image.pixelColor(x, image.height() / 2), Theme::current().card));
+            }
+            QVERIFY2(best >= 3.0, qPrintable(QString("%1: %2").arg(
+                                      widget->metaObject()->className(), QString::number(best))));
+        }
+        applyTheme(qApp, ThemeChoice::Light);
+    }
+
     void contrasts_data()
     {
         QTest::addColumn<bool>("isDark");
@@ -60,6 +91,7 @@ private Q_SLOTS:
         const QPalette palette = QApplication::palette();
         QVERIFY(contrast(palette.color(QPalette::HighlightedText),
                          palette.color(QPalette::Highlight)) >= 4.5);
+        applyTheme(qApp, ThemeChoice::Light);
     }
 };
 
