@@ -11,7 +11,7 @@ namespace {
 
 constexpr size_t countsSize = 8; // uses, texts
 constexpr size_t firstSlots = size_t(1) << 10;
-constexpr size_t mostSlots = size_t(1) << 20;
+constexpr size_t mostSlots = size_t(1) << 19;
 
 bool isHighSurrogate(const BiffText &text, size_t number)
 {
@@ -77,12 +77,13 @@ void BiffTexts::continueAfter(quint32 oldTexts)
     m_data.clear();
 }
 
-size_t BiffTexts::slotOf(std::string_view utf8) const
+size_t BiffTexts::slotOf(std::string_view utf8, size_t hash) const
 {
     const size_t mask = m_known.size() - 1;
-    size_t slot = std::hash<std::string_view>()(utf8) & mask;
+    size_t slot = hash & mask;
     while (m_known[slot].bytes &&
-           std::string_view(m_known[slot].bytes, m_known[slot].size) != utf8) {
+           (m_known[slot].hash != hash ||
+            std::string_view(m_known[slot].bytes, m_known[slot].size) != utf8)) {
         slot = (slot + 1) & mask;
     }
     return slot;
@@ -94,7 +95,7 @@ void BiffTexts::grow()
     old.swap(m_known);
     for (const Known &known : old) {
         if (known.bytes) {
-            m_known[slotOf({known.bytes, known.size})] = known;
+            m_known[slotOf({known.bytes, known.size}, known.hash)] = known;
         }
     }
 }
@@ -102,17 +103,18 @@ void BiffTexts::grow()
 quint32 BiffTexts::add(std::string_view utf8)
 {
     ++m_uses;
-    Known *known = &m_known[slotOf(utf8)];
-    if (known->bytes) {
-        return known->number;
+    const size_t hash = std::hash<std::string_view>()(utf8);
+    size_t slot = slotOf(utf8, hash);
+    if (m_known[slot].bytes) {
+        return m_known[slot].number;
     }
     const quint32 number = m_count++;
     if (2 * m_knownCount >= m_known.size() && m_known.size() < mostSlots) {
         grow();
-        known = &m_known[slotOf(utf8)];
+        slot = slotOf(utf8, hash);
     }
-    if (4 * m_knownCount < 3 * m_known.size()) {
-        *known = {utf8.data(), quint32(utf8.size()), number};
+    if (2 * m_knownCount < m_known.size()) {
+        m_known[slot] = {utf8.data(), quint32(utf8.size()), number, hash};
         ++m_knownCount;
     }
     write(utf8);

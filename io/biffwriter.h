@@ -70,13 +70,14 @@ private:
         const char *bytes;
         quint32 size;
         quint32 number;
+        size_t hash;
     };
 
     void write(std::string_view utf8);
     void endRecord();
     size_t room() const;
     void grow();
-    size_t slotOf(std::string_view utf8) const;
+    size_t slotOf(std::string_view utf8, size_t hash) const;
 
     std::vector<Known> m_known;
     size_t m_knownCount = 0;

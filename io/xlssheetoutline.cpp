@@ -107,7 +107,7 @@ bool XlsSheetOutline::read(std::string_view records, QString *error)
     for (; stream.next(); from = stream.nextAt()) {
         const quint16 id = stream.id();
         const std::string_view data = stream.data();
-        const bool isInside = depth > 1 || (depth == 1 && id == Biff::Bof);
+        const bool isInside = depth > 1;
         depth += id == Biff::Bof ? 1 : id == Biff::Eof ? -1 : 0;
         if (isInside || id == Biff::Continue) {
             m_records.back().to = stream.nextAt();

@@ -32,7 +32,7 @@ public:
                 const std::string &columnRecords) const;
 
 private:
-    /// A record with those that continue it. What is in a chart belongs to the record before.
+    /// A record with those that continue it; a chart in the sheet is one.
     struct Record
     {
         quint16 id;

@@ -1,4 +1,4 @@
-#include "biffrecords.h"
+#include "bifftools.h"
 #include "spreadsheetinput.h"
 #include "spreadsheettests.h"
 #include "testsupport.h"
@@ -6,105 +6,12 @@
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QtEndian>
 
 Q_DECLARE_METATYPE(InputOptions)
 
+using namespace BiffTools;
+
 namespace {
-
-QByteArray u16(int number)
-{
-    QByteArray bytes(2, '\0');
-    qToLittleEndian(quint16(number), bytes.data());
-    return bytes;
-}
-
-QByteArray u32(quint32 number)
-{
-    QByteArray bytes(4, '\0');
-    qToLittleEndian(number, bytes.data());
-    return bytes;
-}
-
-QByteArray real(double number)
-{
-    quint64 bits = 0;
-    memcpy(&bits, &number, sizeof bits);
-    QByteArray bytes(8, '\0');
-    qToLittleEndian(bits, bytes.data());
-    return bytes;
-}
-
-QByteArray record(int id, const QByteArray &data)
-{
-    return u16(id) + u16(data.size()) + data;
-}
-
-QByteArray continued(const QByteArray &data)
-{
-    return record(Biff::Continue, data);
-}
-
-QByteArray cell(int row, int column, int style = 0)
-{
-    return u16(row) + u16(column) + u16(style);
-}
-
-QByteArray number(int row, int column, double value, int style = 0)
-{
-    return record(Biff::Number, cell(row, column, style) + real(value));
-}
-
-QByteArray shared(int row, int column, quint32 text)
-{
-    return record(Biff::LabelSst, cell(row, column) + u32(text));
-}
-
-QByteArray begin(int kind, int version = Biff::version8)
-{
-    return record(Biff::Bof, u16(version) + u16(kind) + QByteArray(12, '\0'));
-}
-
-const QByteArray end = record(Biff::Eof, "");
-
-/// A text of 8-bit characters with its flags.
-QByteArray narrow(const QByteArray &text)
-{
-    return u16(text.size()) + '\0' + text;
-}
-
-QByteArray sst(int count, const QByteArray &texts)
-{
-    return record(Biff::Sst, u32(quint32(count)) + u32(quint32(count)) + texts);
-}
-
-/// Styles: general, a date of its own format, the built-in short time.
-QByteArray styles()
-{
-    return record(Biff::Format, u16(164) + narrow("yyyy\\-mm\\-dd")) +
-           record(Biff::Xf, u16(0) + u16(0) + QByteArray(16, '\0')) +
-           record(Biff::Xf, u16(0) + u16(164) + QByteArray(16, '\0')) +
-           record(Biff::Xf, u16(0) + u16(20) + QByteArray(16, '\0'));
-}
-
-/// A stream of one or more sheets named Sheet1, Sheet2 ...; records before the sheets' names.
-QByteArray book(const QByteArray &globals, const QList<QByteArray> &sheets,
-                const QList<char> &kinds = {})
-{
-    const int nameSize = 8 + Biff::recordHeaderSize + 6;
-    QByteArray bytes = begin(Biff::globalsStream) + globals;
-    int at = bytes.size() + sheets.size() * nameSize + end.size();
-    for (int i = 0; i < sheets.size(); ++i) {
-        bytes += record(Biff::BoundSheet, u32(quint32(at)) + '\0' + kinds.value(i, '\0') + '\x06' +
-                                              '\0' + "Sheet" + char('1' + i));
-        at += begin(0).size() + sheets.at(i).size() + end.size();
-    }
-    bytes += end;
-    for (const QByteArray &sheet : sheets) {
-        bytes += begin(Biff::sheetStream) + sheet + end;
-    }
-    return bytes;
-}
 
 InputOptions plain()
 {
