@@ -67,12 +67,13 @@ QString openFilters()
 
 void InputOptionsEditor::addSource()
 {
-    m_form.addHeading(tr("Source"));
+    m_form.addHeading(tr("Input"), tr("What is read."));
     m_form.addChoice<Medium>(
         "medium", tr("Source"), &InputOptions::medium, {Medium::File, Medium::Clipboard},
         [](Medium medium) { return medium == Medium::File ? tr("File") : tr("Clipboard"); });
     m_path = new PathField(PathField::Purpose::Open, tr("File"), m_pane->widget());
     m_path->setFilter(openFilters());
+    m_path->setDocumentFolder([this] { return m_scene->document().folder(); });
     connect(m_path, &PathField::chosen, this, &InputOptionsEditor::takePath);
     m_form.addText("path", tr("File"), &InputOptions::path, m_path, m_path->edit())
         .shownIf(isFile)
@@ -133,7 +134,7 @@ void InputOptionsEditor::addSheet()
 
 void InputOptionsEditor::addLayout()
 {
-    m_form.addHeading(tr("Format"));
+    m_form.addHeading(tr("Layout"), tr("How rows and columns are found."));
     m_form
         .addChoice<Delimiter>("delimiter", tr("Delimiter"), &InputOptions::delimiter,
                               delimiters(true, true, true), delimiterLabel)
@@ -214,7 +215,7 @@ void InputOptionsEditor::addFixedWidth()
 
 void InputOptionsEditor::addValues()
 {
-    m_form.addHeading(tr("Values"));
+    m_form.addHeading(tr("Values"), tr("What happens with what was read."));
     m_form.addCheck("trim", tr("Trim whitespace"), &InputOptions::trim);
     m_form.addCheck("simplify", tr("Simplify whitespace"), &InputOptions::simplify);
     m_form.addCheck("ignore_empty", tr("Ignore empty rows"), &InputOptions::ignoreEmptyRows);
@@ -232,7 +233,7 @@ void InputOptionsEditor::addValues()
 
 void InputOptionsEditor::addSchema()
 {
-    m_form.addHeading(tr("Schema"));
+    m_form.addHeading(tr("Schema"), tr("The columns that are expected."));
     m_form.addCheck("schema_in_use", tr("Use schema"), &InputOptions::schemaInUse)
         .noticing([](const InputOptions &options) {
             return options.schemaInUse && options.schemaColumnNames.isEmpty()
@@ -282,7 +283,12 @@ void InputOptionsEditor::addItem()
         .addLine(
             "alias", tr("Alias"),
             [this](const InputOptions &) { return m_node ? m_node->alias() : QString(); },
-            [this](const QString &text) { m_scene->editAlias(m_node, text); }, alias, alias)
+            [this](const QString &text) {
+                if (m_node) {
+                    m_scene->editAlias(m_node, text);
+                }
+            },
+            alias, alias)
         .refusing([this](const QString &text) { return aliasProblem(*m_scene, m_node, text); })
         .hint(tr("The name of this item on the command line and in batches."));
     m_form.addCheck("show_meta", tr("Meta information"), &InputOptions::showMeta);

@@ -20,6 +20,7 @@
 #include <QFileInfo>
 #include <QFrame>
 #include <QPushButton>
+#include <QUndoStack>
 
 InputOptionsEditor::InputOptionsEditor(GraphScene *scene, QWidget *parent)
     : QWidget(parent)
@@ -45,6 +46,8 @@ InputOptionsEditor::InputOptionsEditor(GraphScene *scene, QWidget *parent)
     addSchema();
     addItem();
     m_pane->column()->addStretch();
+    // Paths may have a folder to be relative to when the document has been saved.
+    connect(&scene->undoStack(), &QUndoStack::cleanChanged, this, [this] { reload(false); });
     setNode(nullptr);
 }
 
@@ -76,8 +79,10 @@ void InputOptionsEditor::edit(const QString &label, const OptionForm<InputOption
 
 void InputOptionsEditor::reload(bool force)
 {
+    if (!m_node) {
+        return;
+    }
     const InputOptions &options = m_node->options();
-    m_path->setDocumentFolder(m_scene->document().folder());
     m_form.show(options, force);
     m_path->showRelation();
     m_schemaButton->setText(tr("Edit schema (%1 %2)...")
@@ -101,6 +106,10 @@ QString InputOptionsEditor::pathNotice(const InputOptions &options) const
         return tr("The path is relative, but the document is not saved yet. Save it first.");
     }
     const QFileInfo file(path);
+    if (m_scene->preferences().blockedInputExtensions.contains(file.suffix().toLower())) {
+        return tr("The extension '%1' is blocked in 'Preferences>Input Extensions'.")
+            .arg(file.suffix());
+    }
     if (file.isDir()) {
         return tr("'%1' is a folder.").arg(path);
     }

@@ -2,12 +2,24 @@
 
 #include "theme.h"
 
-QLabel *makeHeading(const QString &text, QWidget *parent)
+#include <QLabel>
+
+QWidget *makeHeading(const QString &text, const QString &explanation, QWidget *parent)
 {
-    auto *heading = new QLabel(text, parent);
-    QFont font = Theme::titleFont(heading->font());
-    heading->setFont(font);
-    heading->setContentsMargins(0, 8, 0, 0);
+    auto *heading = new QWidget(parent);
+    auto *layout = new QVBoxLayout(heading);
+    layout->setContentsMargins(0, 12, 0, 0);
+    layout->setSpacing(0);
+    auto *title = new QLabel(text, heading);
+    title->setFont(Theme::titleFont(title->font()));
+    layout->addWidget(title);
+    if (!explanation.isEmpty()) {
+        auto *line = new QLabel(explanation, heading);
+        line->setFont(Theme::hintFont(line->font()));
+        line->setForegroundRole(QPalette::PlaceholderText);
+        line->setWordWrap(true);
+        layout->addWidget(line);
+    }
     return heading;
 }
 

@@ -5,7 +5,6 @@
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QSignalBlocker>
@@ -15,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-/// A heading for a group of options.
-QLabel *makeHeading(const QString &text, QWidget *parent);
+/// A heading for a group of options, with a line that explains it.
+QWidget *makeHeading(const QString &text, const QString &explanation, QWidget *parent);
 /// A box whose texts may be wider than the pane.
 QComboBox *makeBox(QWidget *parent);
 /// Shows a text without moving the caret further than needed.
@@ -40,7 +39,7 @@ public:
     struct Field
     {
         OptionField *widget = nullptr;
-        QLabel *heading = nullptr;
+        QWidget *heading = nullptr;
         /// Null: always.
         std::function<bool(const Options &)> shown;
         /// What is wrong with a valid choice as things are; null: nothing.
@@ -84,9 +83,9 @@ public:
     {
     }
 
-    void addHeading(const QString &text)
+    void addHeading(const QString &text, const QString &explanation = {})
     {
-        m_heading = makeHeading(text, m_owner);
+        m_heading = makeHeading(text, explanation, m_owner);
         m_headings.push_back(m_heading);
         m_layout->addWidget(m_heading);
     }
@@ -249,7 +248,7 @@ public:
     /// `force`: of another item, so that nothing of what was typed stays.
     void show(const Options &options, bool force)
     {
-        for (QLabel *heading : m_headings) {
+        for (QWidget *heading : m_headings) {
             heading->setProperty("used", false);
         }
         for (const std::unique_ptr<Field> &field : m_fields) {
@@ -264,7 +263,7 @@ public:
             const QString notice = field->notice ? field->notice(options) : QString();
             field->widget->setProblem(field->refusal.isEmpty() ? notice : field->refusal);
         }
-        for (QLabel *heading : m_headings) {
+        for (QWidget *heading : m_headings) {
             heading->setVisible(heading->property("used").toBool());
         }
     }
@@ -286,7 +285,7 @@ private:
     QWidget *m_owner;
     QBoxLayout *m_layout;
     std::function<void(const QString &label, const Change &)> m_edit;
-    QLabel *m_heading = nullptr;
-    std::vector<QLabel *> m_headings;
+    QWidget *m_heading = nullptr;
+    std::vector<QWidget *> m_headings;
     std::vector<std::unique_ptr<Field>> m_fields;
 };

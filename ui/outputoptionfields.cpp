@@ -128,7 +128,7 @@ QString automaticOrByColumn(int choice)
 
 void OutputOptionsEditor::addTarget()
 {
-    m_form.addHeading(tr("Target"));
+    m_form.addHeading(tr("Output"), tr("Where the table goes."));
     m_form.addChoice<Medium>(
         "medium", tr("Target"), &OutputOptions::medium, {Medium::File, Medium::Clipboard},
         [](Medium medium) { return medium == Medium::File ? tr("File") : tr("Clipboard"); });
@@ -147,6 +147,7 @@ void OutputOptionsEditor::addTarget()
         .shownIf(isFile);
     m_path = new PathField(PathField::Purpose::Save, tr("File"), m_pane->widget());
     m_path->setFilter(saveFilters());
+    m_path->setDocumentFolder([this] { return m_scene->document().folder(); });
     connect(m_path, &PathField::chosen, this, &OutputOptionsEditor::takePath);
     m_form.addText("path", tr("File"), &OutputOptions::path, m_path, m_path->edit())
         .shownIf(isOneFile)
@@ -224,7 +225,7 @@ void OutputOptionsEditor::addWriting()
 
 void OutputOptionsEditor::addText()
 {
-    m_form.addHeading(tr("Format"));
+    m_form.addHeading(tr("Layout"), tr("What the table looks like there."));
     m_form
         .addChoice<Delimiter>("delimiter", tr("Delimiter"), &OutputOptions::delimiter,
                               delimiters(true, true, true), delimiterLabel)
@@ -375,6 +376,7 @@ void OutputOptionsEditor::addTemplate()
         .shownIf(mayUse);
     m_template = new PathField(PathField::Purpose::Open, tr("Style template"), m_pane->widget());
     m_template->setFilter(QStringLiteral("%1 (*.xlsx)").arg(fileTypeLabel(FileType::ExcelXlsx)));
+    m_template->setDocumentFolder([this] { return m_scene->document().folder(); });
     m_template->edit()->setPlaceholderText(tr("file.xlsx[Sheet]"));
     connect(m_template, &PathField::chosen, this, &OutputOptionsEditor::takeTemplate);
     m_form
@@ -394,7 +396,12 @@ void OutputOptionsEditor::addItem()
         .addLine(
             "alias", tr("Alias"),
             [this](const OutputOptions &) { return m_node ? m_node->alias() : QString(); },
-            [this](const QString &text) { m_scene->editAlias(m_node, text); }, alias, alias)
+            [this](const QString &text) {
+                if (m_node) {
+                    m_scene->editAlias(m_node, text);
+                }
+            },
+            alias, alias)
         .refusing([this](const QString &text) { return aliasProblem(*m_scene, m_node, text); })
         .hint(tr("The name of this item on the command line and in batches."));
 }

@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QUndoStack>
 #include <QVBoxLayout>
 
 OutputOptionsEditor::OutputOptionsEditor(GraphScene *scene, QWidget *parent)
@@ -32,6 +33,8 @@ OutputOptionsEditor::OutputOptionsEditor(GraphScene *scene, QWidget *parent)
     addItem();
     m_pane->column()->addStretch();
     connect(scene, &GraphScene::connectionsChanged, this, &OutputOptionsEditor::followUpstream);
+    // Paths may have a folder to be relative to when the document has been saved.
+    connect(&scene->undoStack(), &QUndoStack::cleanChanged, this, [this] { reload(false); });
     setNode(nullptr);
 }
 
@@ -90,9 +93,6 @@ void OutputOptionsEditor::reload(bool force)
     if (!m_node) {
         return;
     }
-    const QString folder = m_scene->document().folder();
-    m_path->setDocumentFolder(folder);
-    m_template->setDocumentFolder(folder);
     m_form.show(m_node->options(), force);
     m_path->showRelation();
     m_template->showRelation();

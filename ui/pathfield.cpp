@@ -82,7 +82,7 @@ PathField::PathField(Purpose purpose, const QString &label, QWidget *parent)
     connect(m_edit, &QLineEdit::textEdited, this, &PathField::showRelation);
 }
 
-void PathField::setDocumentFolder(const QString &folder)
+void PathField::setDocumentFolder(const std::function<QString()> &folder)
 {
     m_folder = folder;
     showRelation();
@@ -92,16 +92,16 @@ void PathField::showRelation()
 {
     const QString path = m_edit->text();
     const bool isRelative = !path.isEmpty() && QDir::isRelativePath(path);
-    m_relative->setVisible(!m_folder.isEmpty() &&
-                           (isRelative || !pathInside(path, m_folder).isEmpty()));
+    m_relative->setVisible(!folder().isEmpty() &&
+                           (isRelative || !pathInside(path, folder()).isEmpty()));
     m_relative->setChecked(isRelative);
-    m_edit->setToolTip(resolvedPath(path, m_folder));
+    m_edit->setToolTip(resolvedPath(path, folder()));
 }
 
 void PathField::setRelative(bool relative)
 {
     const QString path = m_edit->text();
-    const QString other = relative ? pathInside(path, m_folder) : resolvedPath(path, m_folder);
+    const QString other = relative ? pathInside(path, folder()) : resolvedPath(path, folder());
     if (!other.isEmpty()) {
         m_edit->setText(other);
         Q_EMIT chosen(other, false);
@@ -111,7 +111,7 @@ void PathField::setRelative(bool relative)
 
 QString PathField::startFolder() const
 {
-    const QString present = resolvedPath(m_edit->text(), m_folder);
+    const QString present = resolvedPath(m_edit->text(), folder());
     if (!present.isEmpty() && QFileInfo(present).absoluteDir().exists()) {
         return present;
     }
@@ -119,7 +119,7 @@ QString PathField::startFolder() const
         lastFolder() = QSettings().value(folderKey()).toString();
     }
     return !lastFolder().isEmpty() ? lastFolder()
-           : !m_folder.isEmpty()   ? m_folder
+           : !folder().isEmpty()   ? folder()
                                    : QDir::homePath();
 }
 
@@ -147,7 +147,7 @@ void PathField::browse()
     }
     const QString path = dialog.selectedFiles().first();
     rememberFolder(QFileInfo(path).absolutePath());
-    const QString inside = pathInside(path, m_folder);
+    const QString inside = pathInside(path, folder());
     m_edit->setText(inside.isEmpty() ? path : inside);
     showRelation();
     Q_EMIT chosen(m_edit->text(), true);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 
 class QCheckBox;
 class QLineEdit;
@@ -17,8 +18,8 @@ public:
     PathField(Purpose purpose, const QString &label, QWidget *parent = nullptr);
 
     QLineEdit *edit() const { return m_edit; }
-    /// Empty while the document has never been saved.
-    void setDocumentFolder(const QString &folder);
+    /// Tells the folder of the document; empty while it has never been saved.
+    void setDocumentFolder(const std::function<QString()> &folder);
     /// "CSV files (*.csv)", as for QFileDialog.
     void setFilter(const QString &filter) { m_filter = filter; }
     /// To be called when the text was set by the program.
@@ -32,10 +33,11 @@ private:
     void browse();
     void setRelative(bool relative);
     QString startFolder() const;
+    QString folder() const { return m_folder ? m_folder() : QString(); }
 
     Purpose m_purpose;
     QString m_label;
-    QString m_folder;
+    std::function<QString()> m_folder;
     QString m_filter;
     QLineEdit *m_edit;
     QCheckBox *m_relative;

@@ -11,7 +11,9 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTableWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -83,6 +85,13 @@ SchemaEditor::SchemaEditor(ColumnsOfInput columnsOfInput, QWidget *parent)
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_table, &QTableWidget::itemChanged, this, &SchemaEditor::changed);
     connect(m_table, &QTableWidget::itemSelectionChanged, this, &SchemaEditor::updateButtons);
+    const auto onKey = [this](const QKeySequence &key, void (SchemaEditor::*slot)()) {
+        auto *shortcut = new QShortcut(key, m_table, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, slot);
+    };
+    onKey(QKeySequence::Delete, &SchemaEditor::removeRows);
+    onKey(QKeySequence::Copy, &SchemaEditor::copy);
+    onKey(QKeySequence::Paste, &SchemaEditor::paste);
     resize(fontMetrics().averageCharWidth() * 80, fontMetrics().lineSpacing() * 26);
     updateButtons();
 }
@@ -165,6 +174,25 @@ void SchemaEditor::accept()
     m_table->setCurrentCell(int(blank - all.begin()), Name);
 }
 
+void SchemaEditor::reject()
+{
+    if (!isWindowModified()) {
+        QDialog::reject();
+        return;
+    }
+    QMessageBox question(QMessageBox::Question, tr("Schema"), tr("The schema has been changed."),
+                         QMessageBox::NoButton, this);
+    QPushButton *use = question.addButton(tr("Use"), QMessageBox::AcceptRole);
+    QPushButton *discard = question.addButton(tr("Discard"), QMessageBox::DestructiveRole);
+    question.setEscapeButton(question.addButton(tr("Keep editing"), QMessageBox::RejectRole));
+    question.exec();
+    if (question.clickedButton() == use) {
+        accept();
+    } else if (question.clickedButton() == discard) {
+        QDialog::reject();
+    }
+}
+
 QString SchemaEditor::problem() const
 {
     const QStringList all = names();
@@ -239,7 +267,7 @@ void SchemaEditor::moveRow(int by)
     changed();
 }
 
-void SchemaEditor::copy() const
+void SchemaEditor::copy()
 {
     const QStringList values = missingValues();
     const bool anyValue = std::any_of(values.begin(), values.end(),

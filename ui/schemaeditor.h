@@ -24,7 +24,10 @@ public:
     QStringList names() const;
     QStringList missingValues() const;
 
+    /// Refused while a name is blank.
     void accept() override;
+    /// Asks what becomes of changes.
+    void reject() override;
 
 private:
     void addButtons(class QBoxLayout *layout);
@@ -32,7 +35,7 @@ private:
     void addRow();
     void removeRows();
     void moveRow(int by);
-    void copy() const;
+    void copy();
     void paste();
     void clear();
     void insert(int row, const QString &name, const QString &missingValue);

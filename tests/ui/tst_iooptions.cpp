@@ -7,16 +7,22 @@
 #include "inputpreview.h"
 #include "inputreader.h"
 #include "optionbench.h"
+#include "outputoptions.h"
+#include "outputwriter.h"
 #include "schemaeditor.h"
 #include "testsupport.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QFileDialog>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMouseEvent>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
+#include <QTimer>
 
 namespace {
 
@@ -66,6 +72,51 @@ QString stored(const InputNode &node, const QByteArray &key)
         {"alias", node.alias()},
     };
     return values.at(key);
+}
+
+/// Presses the button with that text.
+void press(QWidget *parent, const QString &text)
+{
+    for (QAbstractButton *button : parent->findChildren<QAbstractButton *>()) {
+        if (button->text() == text) {
+            button->click();
+            return;
+        }
+    }
+    QFAIL(qPrintable(text));
+}
+
+/// Does something with the dialog that is about to open, once it is there.
+void whenDialogOpens(const std::function<void(QDialog *)> &action)
+{
+    auto *timer = new QTimer;
+    QObject::connect(timer, &QTimer::timeout, [timer, action] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (dialog && !qobject_cast<QProgressDialog *>(dialog)) {
+            timer->deleteLater();
+            timer->stop();
+            // A dialog that stays open fails the test; it must not stop it.
+            QTimer::singleShot(5000, dialog, &QDialog::reject);
+            action(dialog);
+        }
+    });
+    timer->start(20);
+}
+
+/// Adds a sheet to a workbook, which need not exist.
+void writeSheet(const QString &path, const QString &sheet, const QString &text)
+{
+    InputOptions input = optionsOf(FileType::DelimitedText, Medium::Clipboard);
+    input.text = text;
+    Messages messages;
+    const Dataset table = readInput(input, QString(), &messages, Progress());
+    OutputOptions options;
+    options.fileType = FileType::ExcelXlsx;
+    options.path = path;
+    options.worksheet = sheet;
+    options.overwriteSheet = true;
+    writeOutput(options, table, OutputContext(), &messages, Progress());
+    QVERIFY2(!messages.failed, qPrintable(messages.warnings.join(' ')));
 }
 
 } // namespace
@@ -308,6 +359,94 @@ private Q_SLOTS:
         QCOMPARE(bench.node->options().path, QString("/elsewhere/a.csv"));
     }
 
+    /// A file that is chosen in the dialog gives its type, too, and is relative to the document.
+    void chosenFile()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("chosen.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[]");
+        file.close();
+        InputBench bench;
+        bench.scene.document().path = folder.filePath("doc.transform");
+        whenDialogOpens([&file](QDialog *dialog) {
+            QVERIFY(qobject_cast<QFileDialog *>(dialog));
+            dialog->findChild<QLineEdit *>()->setText(file.fileName());
+            dialog->accept();
+        });
+        press(bench.field("path"), "Browse...");
+        QCOMPARE(bench.node->options().path, QString("chosen.json"));
+        QCOMPARE(bench.node->options().fileType, FileType::Json);
+        QCOMPARE(bench.scene.undoStack().count(), 1);
+        bench.scene.undo();
+        QCOMPARE(bench.line("path")->text(), QString());
+    }
+
+    void chosenSheet()
+    {
+        const QTemporaryDir folder;
+        InputOptions options = optionsOf(FileType::ExcelXlsx);
+        options.path = folder.filePath("book.xlsx");
+        writeSheet(options.path, "First", "a,b\n1,2\n3,4\n");
+        writeSheet(options.path, "Second", "a\n1\n");
+        InputBench bench(options);
+        QStringList offered;
+        whenDialogOpens([&offered](QDialog *dialog) {
+            auto *list = dialog->findChild<QListWidget *>();
+            QVERIFY(list);
+            for (int i = 0; i < list->count(); ++i) {
+                offered.append(list->item(i)->text());
+            }
+            QTest::keyClick(list, Qt::Key_Down);
+            dialog->accept();
+        });
+        press(bench.field("worksheet"), "Choose...");
+        QCOMPARE(offered, QStringList({"First (2 cols x 3 rows)", "Second (1 cols x 2 rows)"}));
+        QCOMPARE(bench.node->options().worksheet, QString("Second"));
+        QCOMPARE(bench.line("worksheet")->text(), QString("Second"));
+        auto *preview = bench.editor.findChild<InputPreview *>();
+        QTRY_COMPARE(preview->dataset().columnCount().value(), 1);
+    }
+
+    /// The schema is made from the columns of the file, not from those that an older one made.
+    void importedSchema()
+    {
+        InputOptions options = optionsOf(FileType::DelimitedText, Medium::Clipboard);
+        options.text = "new,columns\n1,2\n";
+        options.schemaInUse = true;
+        options.schemaColumnNames = QStringList{"old"};
+        InputBench bench(options);
+        bench.node->process(ProcessContext());
+        whenDialogOpens([](QDialog *dialog) {
+            press(dialog, "&Import");
+            dialog->accept();
+        });
+        QTest::mouseClick(bench.field("schema_col_name")->editor(), Qt::LeftButton);
+        QCOMPARE(bench.node->options().schemaColumnNames, QStringList({"new", "columns"}));
+        bench.scene.undo();
+        QCOMPARE(bench.node->options().schemaColumnNames, QStringList({"old"}));
+    }
+
+    void chosenWidths()
+    {
+        InputOptions options = optionsOf(FileType::FixedWidth, Medium::Clipboard);
+        options.text = "ab cde\n12 345\n";
+        InputBench bench(options);
+        whenDialogOpens([](QDialog *dialog) {
+            act(dialog->findChild<QLineEdit *>(), "2, 4");
+            dialog->accept();
+        });
+        QTest::mouseClick(bench.field("edit_widths")->editor(), Qt::LeftButton);
+        QCOMPARE(bench.node->options().fixedWidths, QList<int>({2, 4}));
+        QVERIFY(!bench.node->options().autoFixedWidths);
+        QVERIFY(!bench.field("fixed_widths")->isHidden());
+        bench.scene.undo();
+        QVERIFY(bench.node->options().autoFixedWidths);
+        // By hand, without widths: those that were guessed.
+        act(bench.field("auto_fixed_widths")->editor(), "down");
+        QCOMPARE(bench.node->options().fixedWidths, QList<int>({3, 3}));
+    }
+
     void schemaEditor()
     {
         SchemaEditor editor([](QStringList *columns) {
@@ -321,38 +460,29 @@ private Q_SLOTS:
         QCOMPARE(editor.missingValues(), values);
         QVERIFY(!editor.isWindowModified());
 
-        const auto press = [&editor](const char *text) {
-            for (QPushButton *button : editor.findChildren<QPushButton *>()) {
-                if (button->text() == text) {
-                    button->click();
-                    return;
-                }
-            }
-            QFAIL(text);
-        };
-        press("&Copy");
-        press("C&lear");
+        press(&editor, "&Copy");
+        press(&editor, "C&lear");
         QCOMPARE(editor.names(), QStringList());
         QVERIFY(editor.isWindowModified());
-        press("&Paste");
+        press(&editor, "&Paste");
         QCOMPARE(editor.names(), names);
         QCOMPARE(editor.missingValues(), values);
 
         auto *table = editor.findChild<QTableWidget *>();
         table->selectRow(0);
-        press("Move d&own");
+        press(&editor, "Move d&own");
         QCOMPARE(editor.names(), QStringList({"price", "name", "cur\trency"}));
         QCOMPARE(editor.missingValues().first(), QString("0"));
         table->selectRow(0);
-        press("&Add");
+        press(&editor, "&Add");
         QCOMPARE(editor.names(), QStringList({"price", "", "name", "cur\trency"}));
         editor.accept();
         QCOMPARE(editor.result(), 0); // refused: a name is blank
         table->item(1, 0)->setText("new");
         table->selectRow(3);
-        press("&Delete");
+        press(&editor, "&Delete");
         QCOMPARE(editor.names(), QStringList({"price", "new", "name"}));
-        press("&Import");
+        press(&editor, "&Import");
         QCOMPARE(editor.names(), QStringList({"x", "y"}));
         editor.accept();
         QCOMPARE(editor.result(), int(QDialog::Accepted));
