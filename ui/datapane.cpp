@@ -307,16 +307,20 @@ bool DataPane::eventFilter(QObject *watched, QEvent *event)
         return QWidget::eventFilter(watched, event);
     }
     const auto *const key = static_cast<QKeyEvent *>(event);
-    if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+    switch (key->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_F3:
         findNext((key->modifiers() & Qt::ShiftModifier) == 0);
-    } else if (event->type() == QEvent::KeyPress && key->key() == Qt::Key_F3) {
-        findNext((key->modifiers() & Qt::ShiftModifier) == 0);
-    } else if (key->key() == Qt::Key_Escape) {
+        break;
+    case Qt::Key_Escape:
         m_findEdit->clear();
         focusTable();
-    } else if (key->key() == Qt::Key_Down) {
+        break;
+    case Qt::Key_Down:
         focusTable();
-    } else {
+        break;
+    default:
         return false;
     }
     return true;
