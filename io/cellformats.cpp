@@ -5,6 +5,7 @@
 #include "valueinterpretation.h"
 
 #include <QCoreApplication>
+#include <QUrl>
 #include <charconv>
 
 namespace {
@@ -116,6 +117,19 @@ CellFormat cellFormatOf(const QString &text)
     return CellFormat::Automatic;
 }
 
+std::string linkTarget(std::string_view text)
+{
+    const QByteArray encoded = Utf8::decoded(Utf8::trimmed(text))
+                                   .toUtf8()
+                                   .toPercentEncoding(QByteArrayLiteral("!#$%&'()*+,/:;=?@[]"));
+    const QUrl url = QUrl::fromEncoded(encoded, QUrl::StrictMode);
+    const bool needsHost =
+        url.scheme().startsWith(QLatin1String("http")) || url.scheme() == QLatin1String("ftp");
+    const bool isAddress = url.isValid() && !(needsHost && url.host().isEmpty());
+    return isAddress && size_t(encoded.size()) <= longestLink ? encoded.toStdString()
+                                                              : std::string();
+}
+
 NumberFormats::NumberFormats()
 {
     for (const char *code : {"General", "@", "0"}) {
@@ -211,7 +225,7 @@ CellValue CellColumn::make(std::string_view text)
         fits = readTime(text, &value);
         break;
     case CellFormat::Hyperlink:
-        fits = text.size() <= longestLink;
+        fits = !linkTarget(text).empty();
         value.kind = fits ? CellValue::Kind::Link : CellValue::Kind::Text;
         break;
     }

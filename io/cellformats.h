@@ -26,6 +26,10 @@ QString cellFormatLabel(CellFormat format);
 /// The format with that label or stored number; Automatic for any other text.
 CellFormat cellFormatOf(const QString &text);
 
+/// An address as it can stand in a workbook, with what no address may hold percent-encoded; empty
+/// for what spreadsheet programs would not take for one.
+std::string linkTarget(std::string_view text);
+
 /// The number formats that a sheet uses, by number.
 class NumberFormats
 {

@@ -8,6 +8,8 @@
 #include "textwidth.h"
 #include "utf8.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int addressesTold = 10;
@@ -29,6 +31,12 @@ SheetJob::SheetJob(const OutputOptions &options, const OutputContext &context,
             m_columnFormats[size_t(column)] = cellFormatOf(formats.at(column));
         }
     }
+}
+
+bool SheetJob::mayHaveFormulas() const
+{
+    return std::find(m_columnFormats.begin(), m_columnFormats.end(), CellFormat::Formula) !=
+           m_columnFormats.end();
 }
 
 bool SheetJob::fits(qint64 firstRow, int mostRows, int mostColumns, Messages *messages) const

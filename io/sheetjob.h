@@ -27,6 +27,7 @@ public:
     NumberFormats &numberFormats() { return m_formats; }
     int columnCount() const { return m_dataset.columnCount().value(); }
     int rowCount() const { return m_dataset.rowCount(); }
+    bool mayHaveFormulas() const;
     /// The column names, when the table has some and they are to be written.
     bool hasNames() const { return m_hasNames; }
     void leaveOutNames() { m_hasNames = false; }

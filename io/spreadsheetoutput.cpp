@@ -38,8 +38,10 @@ bool checkSheetName(const QString &name, const QString &path, Messages *messages
 
 QString sheetNameProblem(const QString &name)
 {
+    constexpr ushort firstNone = 0xfffe;
     for (const QChar c : name) {
-        if (QStringLiteral("[]:*?/\\").contains(c) || c < QLatin1Char(' ')) {
+        if (QStringLiteral("[]:*?/\\").contains(c) || c < QLatin1Char(' ') ||
+            c.unicode() >= firstNone || (c.isSurrogate() && !name.isValidUtf16())) {
             return SpreadsheetOutput::tr("\n'%1' is not allowed in Excel sheet names.").arg(c);
         }
     }

@@ -259,10 +259,10 @@ bool XlsRows::addLink(int column, std::string_view target)
     appendBiff(streamVersion, &data);
     appendBiff(hasAbsoluteTarget, &data);
     data += page;
-    const QString text = Utf8::decoded(target);
+    const std::string text = linkTarget(target);
     appendBiff(quint32(2 * (text.size() + 1)), &data);
-    for (const QChar c : text) {
-        appendBiff(quint16(c.unicode()), &data);
+    for (const char c : text) {
+        appendBiff(quint16(uchar(c)), &data);
     }
     appendBiff(quint16(0), &data);
     std::string record;

@@ -270,7 +270,7 @@ void XlsxRows::addCell(int row, int column, SheetJob::Cell *cell)
     case CellValue::Kind::Link:
         if (m_links.size() < mostLinks) {
             m_links.push_back(
-                {m_columnNames[size_t(column)] + m_rowNumber, std::string(cell->text)});
+                {m_columnNames[size_t(column)] + m_rowNumber, linkTarget(cell->text)});
             startCell(column, m_styles->link(style), "inlineStr");
             addInlineText(cell->text);
             return;

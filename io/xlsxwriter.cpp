@@ -58,12 +58,13 @@ QByteArray relationships(const std::vector<std::pair<QByteArray, QByteArray>> &t
     return text + "</Relationships>";
 }
 
-QByteArray newWorkbook(const QString &sheet)
+QByteArray newWorkbook(const QString &sheet, bool hasFormulas)
 {
     return QByteArray(xmlStart) +
            "<workbook xmlns=\"" TW_MAIN_NAMESPACE "\" xmlns:r=\"" TW_OFFICE_RELATIONSHIPS
            "\"><bookViews><workbookView/></bookViews><sheets><sheet name=\"" +
-           sheet.toHtmlEscaped().toUtf8() + "\" sheetId=\"1\" r:id=\"rId1\"/></sheets></workbook>";
+           sheet.toHtmlEscaped().toUtf8() + "\" sheetId=\"1\" r:id=\"rId1\"/></sheets>" +
+           (hasFormulas ? "<calcPr fullCalcOnLoad=\"1\"/>" : "") + "</workbook>";
 }
 
 QByteArray columnsXml(const std::vector<double> &widths)
@@ -246,7 +247,8 @@ WriteResult XlsxWriter::writeNew()
     add("[Content_Types].xml", contentTypes(!theme.isEmpty()));
     add("_rels/.rels", relationships({{"officeDocument", "xl/workbook.xml"}}));
     add("xl/workbook.xml",
-        newWorkbook(m_target.sheet.isEmpty() ? defaultSheetName() : m_target.sheet));
+        newWorkbook(m_target.sheet.isEmpty() ? defaultSheetName() : m_target.sheet,
+                    m_job->mayHaveFormulas()));
     std::vector<std::pair<QByteArray, QByteArray>> parts = {{"worksheet", "worksheets/sheet1.xml"},
                                                             {"styles", "styles.xml"}};
     if (!theme.isEmpty()) {

@@ -251,6 +251,10 @@ void TestSpreadsheetOutput::cellFormats_data()
         addRow("Hyperlink", "https://example.org/?a=1&b=<2>\u00e9",
                "https://example.org/?a=1&b=<2>\u00e9");
         addRow("Hyperlink", "mailto:a@example.org", "mailto:a@example.org");
+        addRow("Hyperlink", "a page\x01 with <odd> \"characters\" \xf0\x9f\x98\x80",
+               "a page\x01 with <odd> \"characters\" \xf0\x9f\x98\x80");
+        addRow("Hyperlink", "http://", "http://", false);
+        addRow("Hyperlink", "https:///page", "https:///page", false);
         addRow("Formula", "=(1", "=(1", false);
         addRow("Formula", "=\"a", "=\"a", false);
         addRow("Formula", "=", "=", false);
@@ -303,6 +307,9 @@ void TestSpreadsheetOutput::refusesSheetNames_data()
         QTest::newRow(qPrintable(tag(type, "long")))
             << type << QString(32, 'x')
             << "The sheet name '" + QString(32, 'x') + "' is longer than 31 characters.";
+        QTest::newRow(qPrintable(tag(type, "half a character")))
+            << type << QString("a") + QChar(0xd800)
+            << QString("'%1' is not allowed in Excel sheet names.").arg(QChar(0xd800));
         QTest::newRow(qPrintable(tag(type, "reserved")))
             << type << "history"
             << "The sheet name 'history' is used by Excel itself.";
