@@ -53,7 +53,7 @@ IfParameterWidget::IfParameterWidget(QWidget *parent)
     auto *const elseLabel = new QLabel(tr("ELSE"));
     elseLabel->setBuddy(m_else);
     m_else->setAccessibleName(tr("ELSE"));
-    m_termsLabel->setBuddy(m_terms);
+    m_termsLabel->setBuddy(m_terms->table()->view());
     m_termsLabel->setWordWrap(true);
     contents()->addWidget(m_branches);
     contents()->addWidget(m_termsLabel);

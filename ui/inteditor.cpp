@@ -19,7 +19,7 @@ IntParameterWidget::IntParameterWidget(QWidget *parent)
                              Texts::count(parameter().intMaximum), Texts::count(value<int>())),
                     m_field);
     });
-    connect(m_field, &IntField::accepted, this, [this] { showProblem({}); });
+    connect(m_field, &IntField::accepted, this, [this] { clearProblem(m_field); });
 }
 
 void IntParameterWidget::setParameter(const TransformParameter &parameter)

@@ -47,7 +47,7 @@ QString NoticeLabel::text() const
 void NoticeLabel::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange || event->type() == QEvent::FontChange) {
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
         paintAnew();
     }
 }

@@ -54,6 +54,12 @@ QString hintOf(const ValueKinds &kinds, const Dataset &table, ColIndex column)
     return translated("%1: %2").arg(valueKindLabel(commonKind(kinds, values)), sample);
 }
 
+QDateTime processedAt(const UpstreamItem *input)
+{
+    const auto *const node = dynamic_cast<const Node *>(input);
+    return node ? node->lastProcessed() : QDateTime();
+}
+
 } // namespace
 
 ParameterColumns::ParameterColumns(const UpstreamItem *input)
@@ -64,11 +70,22 @@ ParameterColumns::ParameterColumns(const UpstreamItem *input)
     m_names = input->upstreamColumns();
     m_hasHeader = input->upstreamHasHeader();
     const auto *const node = dynamic_cast<const Node *>(input);
+    m_input = input;
+    m_processed = processedAt(input);
     const ValueKinds kinds(TransformSettings::current().dateFormats);
     const int sampled = qMin(count(), columnsSampled);
     for (int i = 0; node && i < sampled && i < node->dataset().columnCount().value(); ++i) {
         m_hints.append(hintOf(kinds, node->dataset(), ColIndex(i)));
     }
+}
+
+bool ParameterColumns::areOf(const UpstreamItem *input) const
+{
+    if (!input || !input->upstreamColumnsKnown()) {
+        return !isKnown();
+    }
+    return input == m_input && processedAt(input) == m_processed &&
+           input->upstreamHasHeader() == m_hasHeader && input->upstreamColumns() == m_names;
 }
 
 ColumnRef ParameterColumns::column(int number) const

@@ -3,6 +3,7 @@
 #include "choicebox.h"
 #include "parametervalues.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -18,6 +19,9 @@ public:
     /// Null: there is no input. The item is not used after this.
     explicit ParameterColumns(const UpstreamItem *input);
 
+    /// True when these are the columns of the input as it is now, so that they need not be read
+    /// again.
+    bool areOf(const UpstreamItem *input) const;
     /// False while there is no input or its columns are not known.
     bool isKnown() const { return !m_names.isEmpty(); }
     int count() const { return m_names.size(); }
@@ -56,6 +60,8 @@ public:
 private:
     Choice missingChoice(const QString &stored, const QString &name) const;
 
+    const UpstreamItem *m_input = nullptr; // only to be compared
+    QDateTime m_processed;
     QStringList m_names;
     QStringList m_hints;
     bool m_hasHeader = false;

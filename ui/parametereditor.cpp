@@ -46,7 +46,8 @@ QString ParameterEditor::problem() const
 
 bool ParameterEditor::take(const TransformParameter &parameter)
 {
-    const ParameterColumns columns(parameter.input);
+    const ParameterColumns columns =
+        m_columns.areOf(parameter.input) ? m_columns : ParameterColumns(parameter.input);
     if (m_hasParameter && areAlike(parameter, m_parameter) && columns == m_columns) {
         return false;
     }
@@ -65,7 +66,6 @@ bool ParameterEditor::take(const TransformParameter &parameter)
 void ParameterEditor::setMainField(QWidget *field)
 {
     m_mainField = field;
-    setFocusProxy(field);
     field->setAccessibleName(m_parameter.label);
     field->setAccessibleDescription(m_parameter.help);
 }
@@ -91,6 +91,13 @@ void ParameterEditor::showProblem(const QString &sentence, QWidget *field)
     m_problem->setNotice(NoticeLabel::Kind::Problem, sentence);
     if (m_mainField) {
         m_mainField->setAccessibleDescription(sentence.isEmpty() ? m_parameter.help : sentence);
+    }
+}
+
+void ParameterEditor::clearProblem(const QWidget *field)
+{
+    if (m_markedField == field) {
+        showProblem({});
     }
 }
 

@@ -23,6 +23,8 @@ public:
     virtual void setParameter(const TransformParameter &parameter) = 0;
     /// True when the editor shows the option's label itself.
     virtual bool showsLabel() const { return false; }
+    /// What the label stands for.
+    QWidget *mainField() const { return m_mainField; }
     QString key() const { return m_parameter.key; }
     QString help() const { return m_parameter.help; }
     /// What is wrong with what the field shows; empty when nothing is.
@@ -45,12 +47,15 @@ protected:
     }
     const ParameterColumns &columns() const { return m_columns; }
     QVBoxLayout *contents() const { return m_contents; }
-    /// Gives the main field its name for screen readers and the focus when the editor gets it.
+    /// Gives the main field its name for screen readers. It is no focus proxy: with one, the Tab
+    /// key would skip the fields before it.
     void setMainField(QWidget *field);
     /// Tells the value that the user chose.
     void choose(const QVariant &value);
     /// Marks the field; empty: nothing is wrong.
     void showProblem(const QString &sentence, QWidget *field = nullptr);
+    /// The field is as it should be again.
+    void clearProblem(const QWidget *field);
     /// A remark that leaves the value in force.
     void showNotice(const QString &sentence, bool isWarning);
     /// Tells blanks, which nobody can see in a field; empty for other texts.

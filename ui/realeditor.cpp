@@ -18,7 +18,7 @@ RealParameterWidget::RealParameterWidget(QWidget *parent)
                              RealField::written(value<double>())),
                     m_field);
     });
-    connect(m_field, &RealField::accepted, this, [this] { showProblem({}); });
+    connect(m_field, &RealField::accepted, this, [this] { clearProblem(m_field); });
 }
 
 void RealParameterWidget::setParameter(const TransformParameter &parameter)

@@ -24,7 +24,6 @@ RowsTable::RowsTable(const RowsTexts &texts, QWidget *parent)
     m_buttons->setSpacing(2);
     m_buttons->addStretch(1);
     layout->addLayout(m_buttons);
-    setFocusProxy(m_view);
 
     addAction(QStringLiteral("list-add"), texts.add, Qt::Key_Insert, &RowsTable::add);
     addAction(QStringLiteral("list-remove"), texts.remove, Qt::Key_Delete, &RowsTable::remove);

@@ -70,7 +70,7 @@ bool ScriptEdit::event(QEvent *event)
     if (event->type() == QEvent::KeyPress) {
         auto *key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Tab && key->modifiers() == Qt::ControlModifier) {
-            return focusNextPrevChild(true);
+            return QWidget::focusNextPrevChild(true);
         }
         if (key->key() == Qt::Key_Backtab) {
             return QWidget::focusNextPrevChild(false);

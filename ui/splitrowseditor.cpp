@@ -56,7 +56,7 @@ SplitRowsParameterWidget::SplitRowsParameterWidget(QWidget *parent)
     for (IntField *const field : {m_width, m_times}) {
         connect(field, QOverload<int>::of(&IntField::valueChanged), this,
                 &SplitRowsParameterWidget::tell);
-        connect(field, &IntField::accepted, this, [this] { showProblem({}); });
+        connect(field, &IntField::accepted, this, [this, field] { clearProblem(field); });
         connect(field, &IntField::refused, this, [this, field] {
             showProblem(
                 tr("Type a whole number from %1 upwards. %2 stays in force.")
@@ -82,8 +82,7 @@ void SplitRowsParameterWidget::setParameter(const TransformParameter &parameter)
     m_width->setValue(spec.width);
     m_times->setValue(spec.times);
     m_fixed->setVisible(spec.mode == SplitRowsSpec::Mode::Fixed);
-    showProblem(columns().isMissing(spec.first) ? ParameterColumns::notFoundText(nameOf(spec.first))
-                                                : QString());
+    showFirst();
 }
 
 void SplitRowsParameterWidget::tell()
@@ -96,4 +95,13 @@ void SplitRowsParameterWidget::tell()
     spec.times = m_times->value();
     m_fixed->setVisible(spec.mode == SplitRowsSpec::Mode::Fixed);
     choose(QVariant::fromValue(spec));
+    showFirst();
+}
+
+void SplitRowsParameterWidget::showFirst()
+{
+    const ColumnRef first = value<SplitRowsSpec>().first;
+    if (columns().isMissing(first)) {
+        showProblem(ParameterColumns::notFoundText(nameOf(first)), m_first);
+    }
 }

@@ -17,6 +17,7 @@ public:
 
 private:
     void tell();
+    void showFirst();
 
     ChoiceBox *m_mode;
     QWidget *m_fixed;

@@ -59,7 +59,6 @@ TermsTable::TermsTable(const QString &name, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_table);
-    setFocusProxy(m_table->view());
     m_copy =
         m_table->addButton(QStringLiteral("edit-copy"), tr("Copy filter terms to the clipboard."));
     QToolButton *const paste = m_table->addButton(QStringLiteral("edit-paste"),

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int margin = 8;
 constexpr int labelGap = 6;
-constexpr int helpLines = 6;
+constexpr int helpLines = 4;
 
 /// True when setting the value would only add to the undo history.
 bool isSame(const TransformParameter &parameter, const QVariant &value)
@@ -148,7 +148,7 @@ void TransformOptions::addOption(const TransformParameter &parameter)
         label = new QLabel(m_pane->widget());
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
-        label->setBuddy(editor);
+        label->setBuddy(editor->mainField());
         label->setContentsMargins(0, labelGap, 0, 0);
         m_pane->column()->insertWidget(place++, label);
     }

@@ -245,6 +245,19 @@ private Q_SLOTS:
             "sort: order", Type::SortColumns, list("2|-4"),
             [](auto *e) { pickCell(e, 0, 1, "Desc"); }, list("-2|-4"));
         addRow(
+            "sort: mouse", Type::SortColumns, list("2|-4"),
+            [](auto *e) {
+                auto *const table = child<QTableView>(e);
+                const QRect cell = table->visualRect(table->model()->index(1, 1));
+                QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell.center());
+                QTRY_VERIFY(QApplication::activePopupWidget());
+                auto *const choices =
+                    QApplication::activePopupWidget()->findChild<QAbstractItemView *>();
+                const QRect first = choices->visualRect(choices->model()->index(0, 0));
+                QTest::mouseClick(choices->viewport(), Qt::LeftButton, {}, first.center());
+            },
+            list("2|4"));
+        addRow(
             "sort: column", Type::SortColumns, list("2|-4"),
             [](auto *e) { pickCell(e, 1, 0, "id"); }, list("2|-1"));
         addRow(
@@ -253,7 +266,7 @@ private Q_SLOTS:
         addRow(
             "sort: add by key", Type::SortColumns, "1",
             [](auto *e) {
-                e->setFocus();
+                child<QTableView>(e)->setFocus();
                 QTest::keyClick(child<QTableView>(e), Qt::Key_Insert);
             },
             list("1|2"));

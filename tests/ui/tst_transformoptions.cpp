@@ -275,6 +275,49 @@ private Q_SLOTS:
         QCOMPARE(pane.options.help(), QString("Check for case sensitive text matching."));
     }
 
+    void explainsWhatCanBePasted()
+    {
+        Pane pane("Filter");
+        click(pane, "What can be pasted");
+        QVERIFY(pane.options.help().startsWith("Terms are pasted from lines of text"));
+    }
+
+    /// Tab goes from field to field and gets out of every one; a script is left with Ctrl+Tab.
+    void keyboardReachesEverything_data()
+    {
+        QTest::addColumn<QString>("type");
+        for (const char *const type : {"Filter", "If", "Sort", "Javascript", "Substitute",
+                                       "Rename_Cols", "Split_Rows", "Unique", "Reorder"}) {
+            QTest::newRow(type) << type;
+        }
+    }
+
+    void keyboardReachesEverything()
+    {
+        QFETCH(QString, type);
+        Pane pane(type);
+        QVERIFY(QTest::qWaitForWindowActive(&pane.options));
+        QSet<QWidget *> missed;
+        for (QWidget *const each : pane.options.findChildren<QWidget *>()) {
+            const bool isInner = qobject_cast<QAbstractSpinBox *>(each->parentWidget());
+            if (each->focusPolicy() & Qt::TabFocus && each->isVisible() && each->isEnabled() &&
+                !each->focusProxy() && !isInner) {
+                missed.insert(each);
+            }
+        }
+        QVERIFY(missed.size() > 2);
+        (*missed.begin())->setFocus();
+        for (int presses = 2 * missed.size(); presses > 0; --presses) {
+            QWidget *const now = QApplication::focusWidget();
+            missed.remove(now);
+            const bool isScript = now->inherits("ScriptEdit");
+            QTest::keyClick(now, Qt::Key_Tab, isScript ? Qt::ControlModifier : Qt::NoModifier);
+        }
+        for (const QWidget *const each : qAsConst(missed)) {
+            QFAIL(qPrintable(each->metaObject()->className() + each->accessibleName()));
+        }
+    }
+
     void survivesTheItem()
     {
         Pane pane("Filter");
