@@ -14,6 +14,7 @@ namespace {
 
 constexpr int grip = 5;
 constexpr int leftMargin = 6;
+constexpr int tintAlpha = 24;
 
 /// What is drawn for a character; a tab and the like would leave no trace.
 QString glyph(uint character)
@@ -267,12 +268,14 @@ void FixedWidthView::paintEvent(QPaintEvent *event)
     const int first = qMax(0, positionAt(0) - 1);
     const int last = positionAt(viewport()->width()) + 1;
     // Every other column is tinted, so that columns are seen as areas.
+    QColor tint = Theme::current().accent;
+    tint.setAlpha(tintAlpha);
     int from = 0;
     for (int i = 0; i < m_boundaries.size(); ++i) {
         if (i % 2 == 1) {
             painter.fillRect(QRect(QPoint(xOf(from), m_rulerHeight),
                                    QPoint(xOf(m_boundaries.at(i)) - 1, viewport()->height())),
-                             palette().color(QPalette::AlternateBase));
+                             tint);
         }
         from = m_boundaries.at(i);
     }

@@ -66,6 +66,13 @@ void InputOptionsEditor::setNode(InputNode *node)
     }
 }
 
+void InputOptionsEditor::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    // In a low window the options need the room.
+    m_preview->limitTable(height() / 4);
+}
+
 void InputOptionsEditor::edit(const QString &label, const OptionForm<InputOptions>::Change &change)
 {
     if (!m_node) {

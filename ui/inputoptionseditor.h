@@ -27,6 +27,9 @@ public:
     /// Null: nothing is shown.
     void setNode(InputNode *node);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     void addSource();
     void addText();

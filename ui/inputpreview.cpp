@@ -11,11 +11,15 @@
 #include <QTableView>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <limits>
 
 namespace {
 
 constexpr int mostRows = 20;
 constexpr int mostColumns = 100;
+// Of the table, with its header and scroll bar.
+constexpr int fewestLines = 5;
+constexpr int mostLines = 9;
 constexpr int longestValue = 200;
 constexpr int delayMilliseconds = 300;
 
@@ -83,7 +87,7 @@ InputPreview::InputPreview(QWidget *parent)
     m_table->horizontalHeader()->setMaximumSectionSize(fontMetrics().averageCharWidth() * 24);
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 4);
     m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    m_table->setFixedHeight(fontMetrics().lineSpacing() * 9);
+    limitTable(std::numeric_limits<int>::max());
     layout->addWidget(m_table);
 
     m_message->setWordWrap(true);
@@ -107,6 +111,12 @@ void InputPreview::setInput(const InputOptions &options, const QString &path)
     m_options = options;
     m_path = path;
     m_timer.start();
+}
+
+void InputPreview::limitTable(int height)
+{
+    const int line = fontMetrics().lineSpacing();
+    m_table->setFixedHeight(qBound(line * fewestLines, height, line * mostLines));
 }
 
 void InputPreview::setOpen(bool open)

@@ -21,6 +21,8 @@ public:
 
     /// `path`: absolute; empty when it is not known.
     void setInput(const InputOptions &options, const QString &path);
+    /// The most that the table takes in height, of which a few rows are shown in any case.
+    void limitTable(int height);
     /// Does at once what is due.
     void refresh();
     const Dataset &dataset() const { return m_dataset; }

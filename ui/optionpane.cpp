@@ -30,7 +30,7 @@ QBoxLayout *OptionPane::column() const
 QSize OptionPane::minimumSizeHint() const
 {
     const int width = widget()->minimumSizeHint().width() + verticalScrollBar()->sizeHint().width();
-    return {width, fontMetrics().lineSpacing() * 8};
+    return {width, fontMetrics().lineSpacing() * 6};
 }
 
 QString aliasProblem(const GraphScene &scene, const IONode *node, const QString &text)

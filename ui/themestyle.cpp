@@ -3,6 +3,7 @@
 #include "theme.h"
 
 #include <QPainter>
+#include <QPlainTextEdit>
 #include <QStyleOption>
 
 namespace {
@@ -45,7 +46,8 @@ void ThemeStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
         return;
     }
     const auto *const frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
-    if (element == PE_FrameLineEdit && frame) {
+    const bool isTextBox = element == PE_Frame && qobject_cast<const QPlainTextEdit *>(widget);
+    if ((element == PE_FrameLineEdit || isTextBox) && frame) {
         QStyleOptionFrame copy(*frame);
         copy.palette = withOutline(option->palette, outline);
         QProxyStyle::drawPrimitive(element, &copy, painter, widget);
