@@ -1,5 +1,6 @@
 #include "biffformula.h"
 
+#include "biffformulafunctions.h"
 #include "biffrecords.h"
 #include "biffwriter.h"
 
@@ -44,116 +45,10 @@ enum Token : quint8 {
 /// What an operand stands for: the cells themselves, one value, or a list of values.
 enum class Class : quint8 { Reference = 0x20, Value = 0x40, Array = 0x60 };
 
-constexpr int noLimit = 30;
 constexpr size_t mostTokens = 1800;
 // Programs of the format's time refuse more.
 constexpr int mostNesting = 7;
 constexpr int mostDepth = 64;
-
-struct KnownFunction
-{
-    const char *name;
-    quint16 number;
-    int least;
-    int most;
-    /// Classes of the arguments; the last one stands for all that follow.
-    const char *classes;
-    bool isVolatile = false;
-};
-
-constexpr KnownFunction functions[] = {
-    {"ABS", 24, 1, 1, "V"},
-    {"AND", 36, 1, noLimit, "R"},
-    {"AVERAGE", 5, 1, noLimit, "R"},
-    {"CEILING", 288, 2, 2, "V"},
-    {"CHAR", 111, 1, 1, "V"},
-    {"CLEAN", 162, 1, 1, "V"},
-    {"CODE", 121, 1, 1, "V"},
-    {"COLUMN", 9, 0, 1, "R"},
-    {"COLUMNS", 77, 1, 1, "R"},
-    {"CONCATENATE", 336, 0, noLimit, "V"},
-    {"COUNT", 0, 0, noLimit, "R"},
-    {"COUNTA", 169, 0, noLimit, "R"},
-    {"COUNTBLANK", 347, 1, 1, "R"},
-    {"COUNTIF", 346, 2, 2, "RV"},
-    {"DATE", 65, 3, 3, "V"},
-    {"DATEVALUE", 140, 1, 1, "V"},
-    {"DAY", 67, 1, 1, "V"},
-    {"EXACT", 117, 2, 2, "V"},
-    {"EXP", 21, 1, 1, "V"},
-    {"FALSE", 35, 0, 0, "V"},
-    {"FIND", 124, 2, 3, "V"},
-    {"FIXED", 14, 2, 3, "V"},
-    {"FLOOR", 285, 2, 2, "V"},
-    {"HLOOKUP", 101, 3, 4, "VRRV"},
-    {"HOUR", 71, 1, 1, "V"},
-    {"IF", 1, 2, 3, "V"},
-    {"INDEX", 29, 2, 4, "RV"},
-    {"INT", 25, 1, 1, "V"},
-    {"ISBLANK", 129, 1, 1, "V"},
-    {"ISERR", 126, 1, 1, "V"},
-    {"ISERROR", 3, 1, 1, "V"},
-    {"ISLOGICAL", 198, 1, 1, "V"},
-    {"ISNA", 2, 1, 1, "V"},
-    {"ISNUMBER", 128, 1, 1, "V"},
-    {"ISTEXT", 127, 1, 1, "V"},
-    {"LARGE", 325, 2, 2, "RV"},
-    {"LEFT", 115, 1, 2, "V"},
-    {"LEN", 32, 1, 1, "V"},
-    {"LN", 22, 1, 1, "V"},
-    {"LOG", 109, 1, 2, "V"},
-    {"LOG10", 23, 1, 1, "V"},
-    {"LOOKUP", 28, 2, 3, "VR"},
-    {"LOWER", 112, 1, 1, "V"},
-    {"MATCH", 64, 2, 3, "VR"},
-    {"MAX", 7, 1, noLimit, "R"},
-    {"MEDIAN", 227, 1, noLimit, "R"},
-    {"MID", 31, 3, 3, "V"},
-    {"MIN", 6, 1, noLimit, "R"},
-    {"MINUTE", 72, 1, 1, "V"},
-    {"MOD", 39, 2, 2, "V"},
-    {"MONTH", 68, 1, 1, "V"},
-    {"NA", 10, 0, 0, "V"},
-    {"NOT", 38, 1, 1, "V"},
-    {"NOW", 74, 0, 0, "V", true},
-    {"OR", 37, 1, noLimit, "R"},
-    {"PI", 19, 0, 0, "V"},
-    {"POWER", 337, 2, 2, "V"},
-    {"PRODUCT", 183, 0, noLimit, "R"},
-    {"PROPER", 114, 1, 1, "V"},
-    {"RAND", 63, 0, 0, "V", true},
-    {"RANK", 216, 2, 3, "VRV"},
-    {"REPLACE", 119, 4, 4, "V"},
-    {"REPT", 30, 2, 2, "V"},
-    {"RIGHT", 116, 1, 2, "V"},
-    {"ROUND", 27, 2, 2, "V"},
-    {"ROUNDDOWN", 213, 2, 2, "V"},
-    {"ROUNDUP", 212, 2, 2, "V"},
-    {"ROW", 8, 0, 1, "R"},
-    {"ROWS", 76, 1, 1, "R"},
-    {"SEARCH", 82, 2, 3, "V"},
-    {"SECOND", 73, 1, 1, "V"},
-    {"SIGN", 26, 1, 1, "V"},
-    {"SMALL", 326, 2, 2, "RV"},
-    {"SQRT", 20, 1, 1, "V"},
-    {"STDEV", 12, 1, noLimit, "R"},
-    {"SUBSTITUTE", 120, 3, 4, "V"},
-    {"SUM", 4, 0, noLimit, "R"},
-    {"SUMIF", 345, 2, 3, "RVR"},
-    {"SUMPRODUCT", 228, 1, noLimit, "A"},
-    {"TEXT", 48, 2, 2, "V"},
-    {"TIME", 66, 3, 3, "V"},
-    {"TODAY", 221, 0, 0, "V", true},
-    {"TRIM", 118, 1, 1, "V"},
-    {"TRUE", 34, 0, 0, "V"},
-    {"TRUNC", 197, 1, 2, "V"},
-    {"UPPER", 113, 1, 1, "V"},
-    {"VALUE", 33, 1, 1, "V"},
-    {"VAR", 46, 1, noLimit, "R"},
-    {"VLOOKUP", 102, 3, 4, "VRRV"},
-    {"WEEKDAY", 70, 1, 2, "V"},
-    {"YEAR", 69, 1, 1, "V"},
-};
 
 struct Operator
 {
@@ -184,14 +79,6 @@ char upper(char c)
 bool isLetter(char c)
 {
     return upper(c) >= 'A' && upper(c) <= 'Z';
-}
-
-const KnownFunction *findFunction(const std::string &name)
-{
-    const auto *const found =
-        std::lower_bound(std::begin(functions), std::end(functions), name,
-                         [](const KnownFunction &f, const std::string &n) { return f.name < n; });
-    return found != std::end(functions) && found->name == name ? found : nullptr;
 }
 
 struct Address
@@ -247,7 +134,7 @@ private:
     bool text();
     bool word(Class wanted);
     bool call(const std::string &name, Class wanted);
-    bool arguments(const KnownFunction &function, Class wanted, int *count);
+    bool arguments(const BiffFunction &function, Class wanted, int *count);
     bool address(Address *address);
     bool reference(Class wanted);
 
@@ -406,7 +293,7 @@ bool Compiler::word(Class wanted)
 
 bool Compiler::call(const std::string &name, Class wanted)
 {
-    const KnownFunction *const function = findFunction(name);
+    const BiffFunction *const function = findBiffFunction(name);
     if (!function || ++m_nesting > mostNesting) {
         return false;
     }
@@ -426,7 +313,7 @@ bool Compiler::call(const std::string &name, Class wanted)
     return true;
 }
 
-bool Compiler::arguments(const KnownFunction &function, Class wanted, int *count)
+bool Compiler::arguments(const BiffFunction &function, Class wanted, int *count)
 {
     if (take(")")) {
         return true;

@@ -3,8 +3,6 @@
 #include "biffrecords.h"
 #include "bifftext.h"
 #include "biffwriter.h"
-#include "xlscontainer.h"
-#include "xlsworkbook.h"
 
 #include <algorithm>
 
@@ -203,48 +201,4 @@ XlsSheetOutline::Parts XlsSheetOutline::parts(bool replacesCells, qint64 firstRo
         }
     }
     return parts;
-}
-
-std::string newXlsSheet(bool isFrozen, bool isSelected)
-{
-    constexpr quint16 ordinaryView = 0x00b6;
-    constexpr quint16 frozen = 0x0108;
-    constexpr quint16 selected = 0x0600;
-    std::string records = xlsBeginning(Biff::sheetStream);
-    appendBiffRecord(Biff::Dimensions, std::string(dimensionsSize, '\0'), &records);
-    std::string view;
-    appendBiff(quint16(ordinaryView | (isFrozen ? frozen : 0) | (isSelected ? selected : 0)),
-               &view);
-    constexpr size_t viewSize = 18;
-    constexpr char lineColor = 64;
-    view.resize(viewSize);
-    view[6] = lineColor;
-    appendBiffRecord(Biff::Window2, view, &records);
-    if (isFrozen) {
-        // Columns and rows before the split, the first row and column behind it, the active part.
-        std::string pane;
-        for (const quint16 number : {0, 1, 1, 0, 2}) {
-            appendBiff(number, &pane);
-        }
-        appendBiffRecord(Biff::Pane, pane, &records);
-    }
-    appendBiffRecord(Biff::Eof, {}, &records);
-    return records;
-}
-
-std::string xlsColumnRecords(const std::vector<double> &widths)
-{
-    constexpr int units = 256; // of a character
-    constexpr quint16 ordinaryStyle = 15;
-    std::string records;
-    for (size_t column = 0; column < widths.size(); ++column) {
-        std::string data;
-        appendBiff(quint16(column), &data);
-        appendBiff(quint16(column), &data);
-        appendBiff(quint16(widths[column] * units), &data);
-        appendBiff(ordinaryStyle, &data);
-        data.resize(12);
-        appendBiffRecord(Biff::ColInfo, data, &records);
-    }
-    return records;
 }

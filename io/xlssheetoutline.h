@@ -57,8 +57,3 @@ private:
     size_t m_columnsAt = 0;
     bool m_hasColumns = false;
 };
-
-/// Records of a new sheet without cells. `isFrozen` keeps its first row in sight.
-std::string newXlsSheet(bool isFrozen, bool isSelected);
-/// Records for columns of these widths, in characters.
-std::string xlsColumnRecords(const std::vector<double> &widths);

@@ -151,7 +151,9 @@ int XlsStyles::link(int base)
 bool XlsStyles::areTooMany() const
 {
     constexpr size_t most = 4050;
-    return m_styles.size() > most && !m_newStyles.empty();
+    constexpr int lastFormat = 0xffff;
+    return (m_styles.size() > most && !m_newStyles.empty()) ||
+           (m_nextFormat - 1 > lastFormat && !m_newFormats.empty());
 }
 
 quint32 XlsStyles::checksum() const

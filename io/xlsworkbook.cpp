@@ -1,5 +1,6 @@
 #include "xlsworkbook.h"
 
+#include "biffnewrecords.h"
 #include "biffrecords.h"
 #include "bifftext.h"
 #include "utf8.h"
@@ -22,49 +23,7 @@ bool isInternalBook(std::string_view data)
     return data.size() >= 4 && biffNumber<quint16>(data, 2) == thisWorkbook;
 }
 
-std::string record(quint16 id, std::initializer_list<int> numbers)
-{
-    std::string data;
-    for (const int number : numbers) {
-        appendBiff(quint16(number), &data);
-    }
-    std::string bytes;
-    appendBiffRecord(id, data, &bytes);
-    return bytes;
-}
-
-/// The records of a workbook without sheets.
-std::string newGlobals()
-{
-    constexpr int unicode = 1200;
-    constexpr int styleCount = 15;
-    constexpr int anyColor = 0x7fff;
-    std::string bytes = xlsBeginning(Biff::globalsStream) + record(Biff::CodePage, {unicode}) +
-                        record(Biff::Window1, {0, 0, 0x4000, 0x2000, 0x38, 0, 0, 1, 600}) +
-                        record(Biff::Date1904, {0});
-    std::string font;
-    for (const int number : {200, 0, anyColor, 400, 0, 0x0200, 0}) {
-        appendBiff(quint16(number), &font);
-    }
-    appendBiffText("Arial", 1, &font);
-    appendBiffRecord(Biff::Font, font, &bytes);
-    // Font, number format, kind (all but the last are named ones), alignment, nothing else, no
-    // pattern.
-    for (int i = 0; i < styleCount; ++i) {
-        bytes += record(Biff::Xf, {0, 0, 0xfff5, 0x20, i == 0 ? 0 : 0xf400, 0, 0, 0, 0, 0x20c0});
-    }
-    bytes += record(Biff::Xf, {0, 0, 1, 0x20, 0, 0, 0, 0, 0, 0x20c0});
-    return bytes + record(Biff::Style, {0x8000, 0xff00}) + record(Biff::Eof, {});
-}
-
 } // namespace
-
-std::string xlsBeginning(quint16 kind)
-{
-    // The program and its year that spreadsheet programs expect here, and the oldest one that can
-    // read the stream.
-    return record(Biff::Bof, {Biff::version8, kind, 0x0dbb, 0x07cc, 0, 0, 6, 0});
-}
 
 qint64 XlsWorkbook::Content::size() const
 {
@@ -76,7 +35,7 @@ std::unique_ptr<XlsWorkbook> XlsWorkbook::make()
 {
     std::unique_ptr<XlsWorkbook> workbook(new XlsWorkbook);
     workbook->m_container = std::make_unique<XlsContainer>();
-    workbook->m_bytes = newGlobals();
+    workbook->m_bytes = newXlsGlobals();
     QString error;
     const bool isSound = workbook->load(&error);
     Q_ASSERT(isSound);
@@ -164,6 +123,9 @@ bool XlsWorkbook::takeRecord(BiffStream *stream, size_t at, QString *error)
     if (id < firstLater && id != Biff::Continue) {
         m_lastOrdinary = at;
     }
+    if (data.size() > size_t(Biff::mostRecordData)) {
+        return false;
+    }
     switch (id) {
     case Biff::FilePass:
         *error = encryptedWorkbookText();
@@ -185,6 +147,9 @@ bool XlsWorkbook::takeRecord(BiffStream *stream, size_t at, QString *error)
     case Biff::BoundSheet:
         m_lastSheet = at;
         return takeSheet(stream);
+    case Biff::TabId:
+        // One more must have room.
+        return data.size() + 2 <= size_t(Biff::mostRecordData);
     case Biff::Sst:
         m_textsAt = at;
         return !m_hasTexts && takeTexts(stream, error);

@@ -108,6 +108,3 @@ private:
     std::string m_head;
     std::string m_tail;
 };
-
-/// The record that begins a stream of records of this kind.
-std::string xlsBeginning(quint16 kind);

@@ -1,5 +1,6 @@
 #include "xlswriter.h"
 
+#include "biffnewrecords.h"
 #include "biffrecords.h"
 #include "messages.h"
 #include "outputoptions.h"

@@ -5,6 +5,7 @@
 #include "testsupport.h"
 #include "xlscontainer.h"
 
+#include <QRandomGenerator>
 #include <gsf/gsf-infile-msole.h>
 #include <gsf/gsf-input-stdio.h>
 #include <gsf/gsf-outfile-msole.h>
@@ -131,6 +132,7 @@ private Q_SLOTS:
     void keepsOtherStreams();
     void refusesToChange_data();
     void refusesToChange();
+    void survivesDamage();
     void addsTextsToAWorkbookWithout();
     void tellsOfFormulasWithoutResult();
 };
@@ -324,6 +326,33 @@ void TestXlsWriter::refusesToChange()
     test.writeText("x");
     QCOMPARE(test.warnings(), "Unable to open/create Excel workbook '%1'.\n" + reason);
     QCOMPARE(contentOf(test.path), old);
+}
+
+/// Whatever stands in the old file, it is refused or extended to what can be read.
+void TestXlsWriter::survivesDamage()
+{
+    const QByteArray sound = richBook();
+    SpreadsheetOutputTest test(FileType::ExcelXls);
+    QRandomGenerator random(1);
+    int written = 0;
+    for (int i = 0; i < 600; ++i) {
+        QByteArray old = sound;
+        for (int changes = random.bounded(1, 4); changes > 0; --changes) {
+            old[random.bounded(4, old.size())] = char(random.bounded(256));
+        }
+        makeFile(test.path, old);
+        test.options.writeMode = i % 2 == 0 ? WriteMode::Append : WriteMode::Overwrite;
+        test.options.overwriteSheet = true;
+        test.writeText("added", i % 3 == 0 ? "New" : "");
+        if (test.messages.failed) {
+            QCOMPARE(contentOf(test.path), old);
+            continue;
+        }
+        ++written;
+        const QString text = test.text(test.options.worksheet);
+        QVERIFY2(test.readMessages.failed || text.contains("added"), qPrintable(text));
+    }
+    QVERIFY(written > 50 && written < 550);
 }
 
 void TestXlsWriter::addsTextsToAWorkbookWithout()
