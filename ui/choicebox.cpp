@@ -145,9 +145,13 @@ void ChoiceBox::hidePopup()
 void ChoiceBox::filter(const QString &text)
 {
     m_found->setFilterFixedString(text);
-    if (!m_list->currentIndex().isValid()) {
-        m_list->setCurrentIndex(m_found->index(0, 0));
+    // What begins with the text is meant rather than what holds it somewhere.
+    int best = 0;
+    for (int row = m_found->rowCount() - 1; row >= 0; --row) {
+        const QString found = m_found->index(row, 0).data().toString();
+        best = found.startsWith(text, Qt::CaseInsensitive) ? row : best;
     }
+    m_list->setCurrentIndex(m_found->index(best, 0));
 }
 
 void ChoiceBox::choose(const QModelIndex &index)

@@ -200,6 +200,9 @@ private Q_SLOTS:
             "one column", Type::SingleColumn, "2",
             [](auto *e) { pick(child<ChoiceBox>(e), "ric"); }, "3");
         addRow(
+            "one column: begins so", Type::SingleColumn, "1",
+            [](auto *e) { pick(child<ChoiceBox>(e), "D"); }, "4");
+        addRow(
             "no column", Type::SingleColumn, "2",
             [](auto *e) { pick(child<ChoiceBox>(e), "none"); }, "0");
         addRow(
