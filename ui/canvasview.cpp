@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr double smallestZoom = 0.1;
+constexpr double smallestZoom = 0.03;
 constexpr double largestZoom = 3.0;
 constexpr double zoomStep = 1.25;
 constexpr double margin = 48.0;
@@ -113,6 +113,24 @@ void CanvasView::fit()
     // A few items are not made larger than they are.
     applyZoom(qMin(scale / m_scene->canvasStyle().scale, 1.0));
     centerOn(content.center());
+}
+
+void CanvasView::showBeginning()
+{
+    constexpr double leastReadable = 0.75;
+    fit();
+    if (zoom() >= leastReadable) {
+        return;
+    }
+    applyZoom(leastReadable);
+    const QRectF content = m_scene->contentRect().adjusted(-margin, -margin, margin, margin);
+    const QSizeF seen = visibleRect().size();
+    const double x =
+        seen.width() < content.width() ? content.left() + seen.width() / 2 : content.center().x();
+    // The inputs are at the left; a document that is too high begins at its top.
+    const double y =
+        seen.height() < content.height() ? content.top() + seen.height() / 2 : content.center().y();
+    centerOn(QPointF(x, y));
 }
 
 void CanvasView::centerOn(Node *node)

@@ -23,6 +23,8 @@ public:
     ~CanvasView() override;
 
     void fit();
+    /// Shows everything, or as much from its beginning as can still be read.
+    void showBeginning();
     void zoomIn();
     void zoomOut();
     void resetZoom();

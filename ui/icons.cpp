@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QIconEngine>
 #include <QPainter>
+#include <QStandardPaths>
 #include <QSvgRenderer>
 
 static void initializeImages()
@@ -70,6 +71,16 @@ private:
 void Icons::prepare()
 {
     initializeImages();
+    // Not every platform looks where the desktops of this system keep their pictures.
+    QStringList places = QIcon::themeSearchPaths();
+    for (const QString &data :
+         QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
+        const QString icons = data + QLatin1String("/icons");
+        if (!places.contains(icons)) {
+            places.append(icons);
+        }
+    }
+    QIcon::setThemeSearchPaths(places);
     followTheme();
 }
 

@@ -70,6 +70,7 @@ QWidget *LeftPane::makeActionButtons(const QList<QAction *> &actions)
     for (QAction *const action : actions) {
         auto *const button = new QToolButton(box);
         button->setDefaultAction(action);
+        button->setAccessibleName(action->iconText().trimmed());
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         button->setFocusPolicy(Qt::StrongFocus);

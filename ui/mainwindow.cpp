@@ -85,6 +85,7 @@ MainWindow::MainWindow(PreferencesStore *store, const TransformCatalogue *catalo
     restoreLayout();
     showTitle();
     showCentre();
+    showData();
     showState();
 }
 
@@ -122,6 +123,9 @@ void MainWindow::makePanes()
     m_dataDock = addDock(tr("Data"), QStringLiteral("data"), m_dataPane, Qt::BottomDockWidgetArea);
     m_logDock = addDock(tr("Log"), QStringLiteral("log"), m_logPane, Qt::BottomDockWidgetArea);
     setTabPosition(Qt::BottomDockWidgetArea, QTabWidget::North);
+    // Their tabs tell what they are.
+    m_dataDock->setTitleBarWidget(new QWidget(m_dataDock));
+    m_logDock->setTitleBarWidget(new QWidget(m_logDock));
     // Reading order.
     setTabOrder(m_leftPane, m_centre);
     setTabOrder(m_centre, m_itemPane);
@@ -213,7 +217,7 @@ void MainWindow::connectDocument()
         showCentre();
         showData();
         m_stateTimer.start();
-        m_canvas->fit();
+        m_canvas->showBeginning();
     });
 }
 
@@ -492,7 +496,7 @@ void MainWindow::showState()
         m_status->showState(tr("%1 item(s) need updating").arg(Texts::count(outdated)),
                             QStringLiteral("status-outdated"), theme.secondaryText);
     } else if (m_scene->nodeCount() == 0) {
-        m_status->showState(QString(), QStringLiteral("status-outdated"), Qt::transparent);
+        m_status->showState(QString(), QString(), theme.secondaryText);
     } else {
         const QString text =
             warnings > 0 ? tr("Up to date, %1 item(s) with warnings").arg(Texts::count(warnings))

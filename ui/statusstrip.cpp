@@ -59,6 +59,7 @@ void StatusStrip::showText(const QString &text)
 void StatusStrip::showState(const QString &text, const QString &picture, const QColor &color)
 {
     constexpr int size = 16;
+    m_picture->setVisible(!text.isEmpty());
     m_picture->setPixmap(Icons::colored(picture, color).pixmap(size));
     m_state->setText(text);
 }

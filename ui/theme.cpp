@@ -1,8 +1,8 @@
 #include "theme.h"
 
 #include "node.h"
-#include "themestyle.h"
 #include "transformcategory.h"
+#include "windowstyle.h"
 
 #include <QApplication>
 #include <QPalette>
@@ -227,6 +227,6 @@ void applyTheme(QApplication *application, ThemeChoice choice)
     const bool isDark =
         choice == ThemeChoice::Dark || (choice == ThemeChoice::System && isDesktopDark());
     currentTheme = isDark ? &Theme::dark() : &Theme::light();
-    application->setStyle(new ThemeStyle);
+    application->setStyle(new WindowStyle);
     application->setPalette(paletteOf(*currentTheme));
 }

@@ -4,7 +4,7 @@
 
 /// Fusion, with outlines of fields and check boxes that can be seen on dark and light windows, and
 /// disabled pictures that look so.
-class ThemeStyle final : public QProxyStyle
+class ThemeStyle : public QProxyStyle
 {
     Q_OBJECT
 

@@ -19,7 +19,8 @@ TransformButton::TransformButton(const Transform *prototype, QWidget *parent)
     , m_prototype(prototype)
     , m_keywords(transformKeywords(*prototype))
 {
-    setText(prototype->name());
+    // The style leaves no room between picture and text.
+    setText(QLatin1Char(' ') + prototype->name());
     setIcon(Icons::forTransform(*prototype));
     setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     setAutoRaise(true);

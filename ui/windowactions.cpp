@@ -150,6 +150,10 @@ void WindowActions::makeToolBar()
     addGroup({autoRun, runUnprocessed, stop});
     addGroup({zoomOut, zoomIn, fit});
     runUnprocessed->setIconText(tr("Run"));
+    // Buttons of the palette; the style leaves no room between picture and text.
+    addInput->setIconText(tr(" Add input"));
+    addOutput->setIconText(tr(" Add output"));
+    addNote->setIconText(tr(" Add note"));
     stop->setIconText(tr("Stop"));
     for (QAction *const action : {undo, redo, zoomOut, zoomIn, fit, newDocument, open, save}) {
         auto *const button = qobject_cast<QToolButton *>(bar->widgetForAction(action));
