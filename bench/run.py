@@ -1,229 +1,169 @@
 #!/usr/bin/env python3
-"""Time Tabweave and other programs on the same work; print medians and ratios.
+"""Measure Tabweave, alone or beside other programs, and print Markdown.
 
-    run.py [--sizes 100k,1M] [--tasks T1,T2] [--peers duckdb-1t,miller] [--repeat 5] [--check]
-           [--subject 'COMMAND {task} {in} {out}'] [--json FILE]
+    run.py                                        everything that is installed, at 100k, 1M and 5M rows
+    run.py --peers '' --sizes 10k --repeat 1      Tabweave alone, quickly
+    run.py --report docs/performance.md           write the page instead of printing it
 
-Each measurement is one whole process that reads its input files, does the task and writes {out}.
-The subject is by default the release build with the task's document in docs/; it is left out of
-tasks that have no document. A subject's command may hold {task}, {in} (folder with orders.csv and
-customers.csv), {out} (file to write), {docs}, and the word {files}, which becomes the options that
-put these files into a document.
-
-Data and outputs go to $BENCH_WORK (default: $TMPDIR or /tmp, folder tabweave-bench); npm peers are
-looked for in $BENCH_PEERS. peers/install.sh installs the peers.
+A program's first result for a task is compared with that of plain Python; a wrong one gets no time. Ends with 1 when
+Tabweave failed or was wrong.
 """
 import argparse
-import csv
-import hashlib
-import json
 import os
 import re
-import shlex
 import statistics
-import subprocess
 import sys
 import tempfile
-import time
+from collections import namedtuple
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-PROGRAM = os.path.join(os.path.dirname(HERE), "build", "release", "tabweave")
-SUBJECT = "{program} -cli {docs}/{task}.transform {files}"
-TMP = tempfile.gettempdir()
-WORK = os.environ.get("BENCH_WORK", os.path.join(TMP, "tabweave-bench"))
-NPM = os.environ.get("BENCH_PEERS", os.path.join(TMP, "bench-peers"))
-PYTHON = os.environ.get("BENCH_PYTHON", "/usr/bin/python3")  # the one that sees Debian's pandas
-SIZES = {"10k": 10_000, "100k": 100_000, "1M": 1_000_000, "5M": 5_000_000}
-TASKS = {
-    "T1": "CSV -> CSV, all text", "T2": "filter quantity > 10 and status = shipped",
-    "T3": "sort country, unit_price desc", "T4": "inner join with customers", "T9": "filter, join, sort",
-}
-JOINS = ("T4", "T9")
-SORTS = ("T3", "T9")
-# name: (command, largest size it is run on)
-PEERS = {
-    "duckdb": ("node {peers}/duckdb.js 0 {task} {in} {out}", "5M"),
-    "duckdb-1t": ("node {peers}/duckdb.js 1 {task} {in} {out}", "5M"),
-    "pandas": ("{python} {peers}/pandas_tasks.py {task} {in} {out}", "1M"),
-    "miller": ("sh {peers}/miller.sh {task} {in} {out}", "1M"),
-    "sqlite": ("sh {peers}/sqlite.sh {task} {in} {out}", "1M"),
-    "python-csv": ("{python} {peers}/python_csv.py {task} {in} {out}", "1M"),
-}
-ENOUGH = 60.0  # seconds; no more repeats once the runs of one measurement took this long
+import generate
+import measure
+import peers
+import report
+import results
+from tasks import TASKS, task_document
+
+PROGRAM = os.path.join(os.path.dirname(measure.HERE), "build", "release", "tabweave")
+ENOUGH = 60.0  # seconds; a program whose runs of one task took this long together is not run again
+
+# One program at one task and size. Medians and the number of runs, or what went wrong.
+Outcome = namedtuple("Outcome", "run runs problem")
 
 
-def make_data(size):
-    folder = os.path.join(WORK, size)
-    if not os.path.exists(os.path.join(folder, "orders.csv")):
-        subprocess.run([sys.executable, os.path.join(HERE, "generate.py"), str(SIZES[size]), folder], check=True)
-    return folder
+class Bench:
+    """Data, documents and results in one folder, and the measurements made with them."""
+
+    def __init__(self, program, work, repeat):
+        self.program = os.path.abspath(program)
+        self.work = os.path.abspath(work)
+        self.repeat = repeat
+        os.makedirs(self.work, exist_ok=True)
+
+    def data(self, rows, files):
+        folder = os.path.join(self.work, f"{rows}-rows")
+        generate.ensure(folder, files, rows)
+        return folder
+
+    def path(self, name):
+        return os.path.join(self.work, name)
+
+    def command(self, document, files, folder):
+        path = self.path("task.transform")
+        with open(path, "w", encoding="utf-8", newline="") as file:
+            file.write(document)
+        words = [self.program, "-cli", path]
+        for name in files:
+            words += ["-file", f"{name.split('.')[0]}={folder}/{name}"]
+        return [*words, "-file", "result=" + measure.RESULT]
+
+    def compare(self, commands, result, files, problem_of):
+        """Runs the named commands in turn, so that a busy moment of the machine hits all of them."""
+        measure.warm(files)
+        runs = {name: [] for name in commands}
+        problems = {}
+        for turn in range(self.repeat):
+            for name, command in commands.items():
+                if name in problems or sum(run.wall for run in runs[name]) > ENOUGH:
+                    continue
+                try:
+                    runs[name].append(measure.run(command, result, self.work))
+                    problem = "" if turn else problem_of(result)
+                except measure.Failed as failed:
+                    problem = str(failed)
+                if problem:
+                    problems[name] = problem
+        if os.path.exists(result):
+            os.remove(result)
+        return {name: outcome(runs[name], problems.get(name, "")) for name in commands}
+
+    def task(self, task, rows, names):
+        """What the programs need for a task, and the stages of Tabweave's run (none when it went wrong)."""
+        folder = self.data(rows, list(dict.fromkeys(TASKS[task].files + ["orders.csv"])))
+        result = self.path("result." + TASKS[task].extension)
+        document = task_document(task)
+        commands = {report.SUBJECT: self.command(document, TASKS[task].files, folder)}
+        for name in names:
+            if task in peers.PEERS[name].tasks and rows <= peers.PEERS[name].most_rows:
+                commands[name] = peers.PEERS[name].command(task, folder)
+        want = results.expected_summary(task, folder)
+        files = [os.path.join(folder, file) for file in TASKS[task].files]
+        outcomes = self.compare(commands, result, files, lambda path: results.problem(path, task, folder, want))
+        stages = [] if outcomes[report.SUBJECT].problem else measure.stages(commands[report.SUBJECT], document, result)
+        if os.path.exists(result):
+            os.remove(result)
+        return outcomes, stages
 
 
-def inputs(task, folder):
-    names = ["orders.csv", "customers.csv"] if task in JOINS else ["orders.csv"]
-    return [os.path.join(folder, name) for name in names]
+def outcome(runs, problem):
+    if problem:
+        return Outcome(None, 0, problem)
+    return Outcome(measure.Run(*map(statistics.median, zip(*runs))), len(runs), "")
 
 
-def command(template, task, folder, out):
-    places = {"task": task, "in": folder, "out": out, "docs": os.path.join(HERE, "docs"), "program": PROGRAM,
-              "peers": os.path.join(HERE, "peers"), "python": PYTHON}
-    words = []
-    for word in shlex.split(template):
-        if word == "{files}":
-            for path in inputs(task, folder):
-                words += ["-file", os.path.splitext(os.path.basename(path))[0] + "=" + path]
-            words += ["-file", "result=" + out]
-        else:
-            words.append(re.sub(r"\{(\w+)\}", lambda m: places[m[1]], word))
-    return words
+def rows_of(text):
+    """100k, 1M, 2500: how many rows."""
+    found = re.fullmatch(r"(\d+)([kM]?)", text)
+    if not found or not int(found[1]):
+        raise argparse.ArgumentTypeError(f"'{text}' is no number of rows")
+    return int(found[1]) * {"": 1, "k": 1_000, "M": 1_000_000}[found[2]]
 
 
-def run_once(argv):
-    """Wall seconds, processor seconds, peak resident MiB and exit status of one process and its children.
-
-    GNU time stands between, because a process starts with the peak of the one that forked it."""
-    env = dict(os.environ, NODE_PATH=os.path.join(NPM, "node_modules"), LC_ALL="C.UTF-8")
-    notes = os.path.join(WORK, "time.txt")
-    start = time.perf_counter()
-    child = subprocess.run(["/usr/bin/time", "-q", "-o", notes, "-f", "%U %S %M", *argv], stdin=subprocess.DEVNULL,
-                           stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, env=env)
-    wall = time.perf_counter() - start
-    with open(notes) as f:
-        user, system, peak = f.read().split()
-    return wall, float(user) + float(system), int(peak) / 1024, child.returncode, child.stderr.decode(errors="replace")
+def listed(choices):
+    def parse(text):
+        names = [name for name in text.split(",") if name]
+        unknown = [name for name in names if name not in choices]
+        if unknown:
+            raise argparse.ArgumentTypeError(f"{', '.join(unknown)}: not one of {', '.join(choices)}")
+        return names
+    return parse
 
 
-def measure(argv, files, out, repeat):
-    for path in files:  # warm cache
-        with open(path, "rb") as f:
-            while f.read(1 << 22):
-                pass
-    runs = []
-    while len(runs) < repeat:
-        if os.path.exists(out):
-            os.remove(out)
-        wall, cpu, rss, status, message = run_once(argv)
-        if status or not os.path.exists(out) or os.path.getsize(out) == 0:
-            return {"error": " ".join(message.split())[:150] or f"status {status}"}
-        runs.append((wall, cpu, rss))
-        if sum(r[0] for r in runs) > ENOUGH:
-            break
-    wall, cpu, rss = (statistics.median(column) for column in zip(*runs))
-    return {"wall": round(wall, 3), "cpu": round(cpu, 3), "rss": round(rss), "runs": len(runs),
-            "spread": round(max(r[0] for r in runs) / min(r[0] for r in runs), 2), "bytes": os.path.getsize(out)}
+def sizes(text):
+    return [rows_of(part) for part in text.split(",")]
 
 
-def load(path):
-    csv.field_size_limit(1 << 30)
-    with open(path, encoding="utf-8-sig", newline="") as f:
-        rows = csv.reader(f)
-        head = next(rows)
-        # A join may keep the key columns of both sides under one name.
-        first = [i for i, name in enumerate(head) if name not in head[:i]]
-        return [head[i] for i in first], [[r[i] for i in first] for r in rows if r]
+def default_work():
+    return os.environ.get("BENCH_WORK", os.path.join(tempfile.gettempdir(), "tabweave-bench"))
 
 
-def canonical(cell):
-    """One form for values that tools write differently: 12.50 and 12.5, NULL and ''; newlines."""
-    text = "" if cell is None else str(cell)
-    if re.fullmatch(r"-?\d+\.\d+", text):
-        text = text.rstrip("0").rstrip(".")
-    return text.replace("\r\n", "\n")
-
-
-def digest(path, task):
-    """Row count, and per column a hash of its sorted values; for sorted results also of the key order."""
-    head, rows = load(path)
-    columns = {}
-    for i, name in enumerate(head):
-        cells = [canonical(r[i]) if i < len(r) else "" for r in rows]
-        columns[name] = hashlib.sha256("\0".join(sorted(cells)).encode()).hexdigest()[:12]
-    whole = sorted("\0".join(canonical(c) for _, c in sorted(zip(head, r))) for r in rows)
-    result = {"rows": len(rows), "columns": columns, "whole": hashlib.sha256("\1".join(whole).encode()).hexdigest()[:12]}
-    if task in SORTS:
-        c, p = head.index("country"), head.index("unit_price")
-        keys = [(r[c], float(r[p])) for r in rows]
-        result["order"] = hashlib.sha256(repr(keys).encode()).hexdigest()[:12]
-    return result
-
-
-def compare(got, want):
-    if got["rows"] != want["rows"]:
-        return f"{got['rows']} rows, not {want['rows']}"
-    if got.get("order") != want.get("order"):
-        return "other order of keys"
-    if got["whole"] == want["whole"]:
-        return "same"
-    differ = [n for n in want["columns"] if got["columns"].get(n) != want["columns"][n]]
-    return "differs in " + ", ".join(differ) if differ else "differs in how cells are combined to rows"
-
-
-def report(size, task, results):
-    print(f"\n{task} {TASKS[task]}, {size} rows")
-    width = max(map(len, results))
-    base = results.get("subject", {}).get("wall")
-    print(f"  {'':{width}}   wall s    cpu s  peak MiB  runs  spread" + ("   subject/peer" if base else ""))
-    order = sorted(results.items(), key=lambda item: item[1].get("wall", 1e9))
-    for name, r in order:
-        if "error" in r:
-            print(f"  {name:{width}}  failed: {r['error']}")
-            continue
-        line = f"  {name:{width}} {r['wall']:8.2f} {r['cpu']:8.2f} {r['rss']:9d} {r['runs']:5d} {r['spread']:7.2f}"
-        if base:
-            line += f" {base / r['wall']:14.2f}"
-        print(line + (f"   {r['check']}" if r.get("check") else ""), flush=True)
-
-
-def has_document(task):
-    return os.path.exists(os.path.join(HERE, "docs", task + ".transform"))
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--sizes", type=sizes, default="100k,1M,5M", help="numbers of rows")
+    parser.add_argument("--tasks", type=listed(TASKS), default=list(TASKS))
+    parser.add_argument("--peers", type=listed(peers.PEERS), help="may be empty; without it, all that are installed")
+    parser.add_argument("--repeat", type=int, default=5)
+    parser.add_argument("--program", default=PROGRAM)
+    parser.add_argument("--work", default=default_work(), help="where data and results go")
+    parser.add_argument("--report", help="the Markdown file to write")
+    given = parser.parse_args()
+    if not os.access(given.program, os.X_OK):
+        parser.error(f"there is no {given.program}; scripts/run builds it, or give --program")
+    given.versions = peers.installed()
+    if given.peers is None:
+        given.peers = list(given.versions)
+    missing = [name for name in given.peers if name not in given.versions]
+    if missing or given.repeat < 1:
+        parser.error(f"not installed: {', '.join(missing)}" if missing else "--repeat is at least 1")
+    return given
 
 
 def main():
-    ap = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    ap.add_argument("--sizes", default="100k,1M")
-    ap.add_argument("--tasks", default=",".join(task for task in TASKS if has_document(task)))
-    ap.add_argument("--peers", default=",".join(PEERS), help="may be empty")
-    ap.add_argument("--repeat", type=int, default=5)
-    ap.add_argument("--check", action="store_true", help="compare results with python-csv's (slow above 100k rows)")
-    ap.add_argument("--subject", default=SUBJECT, help="command; empty: none")
-    ap.add_argument("--json", help="also write the results to this file")
-    a = ap.parse_args()
-    if a.subject == SUBJECT and not os.path.exists(PROGRAM):
-        ap.error(f"{PROGRAM} is not built; run scripts/run first, or give --subject")
-    names = [n for n in a.peers.split(",") if n]
-    if a.check and "python-csv" not in names:
-        names.append("python-csv")
-    os.makedirs(WORK, exist_ok=True)
-    everything = {}
-    failed = False
-    for size in a.sizes.split(","):
-        folder = make_data(size)
-        for task in a.tasks.split(","):
-            todo = {n: PEERS[n][0] for n in names if SIZES[size] <= SIZES[PEERS[n][1]]}
-            if a.subject and (a.subject != SUBJECT or has_document(task)):
-                todo["subject"] = a.subject
-            results, want = {}, None
-            # The reference goes first when results are compared.
-            for name in sorted(todo, key=lambda n: n != "python-csv"):
-                out = os.path.join(WORK, "out.csv")
-                results[name] = measure(command(todo[name], task, folder, out), inputs(task, folder), out, a.repeat)
-                if a.check and "error" not in results[name]:
-                    try:
-                        got = digest(out, task)
-                        want = want or got
-                        results[name]["check"] = compare(got, want)
-                    except (ValueError, IndexError, KeyError) as e:
-                        results[name]["check"] = f"unreadable: {e}"[:80]
-                    failed |= name == "subject" and results[name]["check"] != "same"
-                failed |= name == "subject" and "error" in results[name]
-                if os.path.exists(out):
-                    os.remove(out)
-            report(size, task, results)
-            everything.setdefault(size, {})[task] = results
-            if a.json:
-                with open(a.json, "w", encoding="utf-8") as f:
-                    json.dump(everything, f, indent=1)
-    return 1 if failed else 0
+    given = arguments()
+    bench = Bench(given.program, given.work, given.repeat)
+    measured = {}
+    for rows in given.sizes:
+        for task in given.tasks:
+            if rows > TASKS[task].most_rows:
+                continue
+            measured[rows, task] = outcomes, _ = bench.task(task, rows, given.peers)
+            report.progress(rows, task, outcomes)
+    text = report.page(bench, given, measured)
+    if given.report:
+        with open(given.report, "w", encoding="utf-8") as file:
+            file.write(text)
+    else:
+        print(text)
+    return 1 if any(outcomes[report.SUBJECT].problem for outcomes, _ in measured.values()) else 0
 
 
 if __name__ == "__main__":

@@ -8,17 +8,10 @@ Data and outputs go where run.py puts them.
 """
 import argparse
 import os
-from urllib.parse import quote
+import sys
 
 import run
-
-SEPARATOR = "\x1f"
-
-
-def coded(*items):
-    """A list as documents store it inside a parameter."""
-    return SEPARATOR.join(quote(str(item), safe="") for item in items)
-
+from documents import SEPARATOR, coded, document
 
 # Columns: 1 order_id, 2 customer_id, 3 order_date, 4 due_date, 5 country, 6 city, 7 product, 8 quantity, 9 unit_price,
 # 10 discount, 11 status, 12 note, 13 email.
@@ -51,64 +44,40 @@ TRANSFORMS = {
 }
 
 
-def document(kind):
-    """A document that reads orders.csv (and customers.csv), applies one transform or none, and writes result.csv."""
-    source = '<input medium="0" id="{0}" name="{1}" header="1" path="{1}.csv" file_type="0" alias="{1}" delimiter="1" ' \
-             'quote="1" encoding="UTF-8" pos="0^{0}"/>'
-    inputs = [source.format(1, "orders")]
-    transform, connections = "", '<connection start_id="1" end_id="4"/>'
-    if kind:
-        type_name, count, parameters = kind
-        if count == 2:
-            inputs.append(source.format(2, "customers"))
-        lines = "".join('<parameter name="{}" type="{}" value="{}"/>'.format(key, number, quote(str(value), safe=""))
-                        for key, number, value in parameters)
-        transform = '<transform id="3" name="{}" pos="9^9"><parameters>{}</parameters></transform>'.format(type_name, lines)
-        connections = "".join('<connection start_id="{}" end_id="3"/>'.format(i + 1) for i in range(count))
-        connections += '<connection start_id="3" end_id="4"/>'
-    return ('<!DOCTYPE Tabweave>\n<root><meta><version value="72"/><locale value="en_GB"/></meta><inputs>' +
-            "".join(inputs) + "</inputs><transforms>" + transform +
-            '</transforms><outputs><output id="4" name="result" path="result.csv" file_type="0" alias="result" '
-            'delimiter="1" line_endings="2" encoding="UTF-8" enable_output="1" write_header="1" pos="20^9"/></outputs>'
-            "<connections>" + connections + "</connections></root>\n")
-
-
-def measure(kind, size, repeat):
-    folder = run.make_data(size)
-    path = os.path.join(run.WORK, "transform.transform")
-    with open(path, "w", encoding="utf-8", newline="") as f:
-        f.write(document(kind))
-    out = os.path.join(run.WORK, "result.csv")
-    files = [os.path.join(folder, name + ".csv") for name in ("orders", "customers")[:kind[1] if kind else 1]]
-    argv = [run.PROGRAM, "-cli", path, "-file", "result=" + out]
-    for name in files:
-        argv += ["-file", os.path.splitext(os.path.basename(name))[0] + "=" + name]
-    return run.measure(argv, files, out, repeat)
+def measured(bench, kind, rows):
+    files = ["orders.csv", "customers.csv"][:kind[1] if kind else 1]
+    folder = bench.data(rows, files)
+    command = bench.command(document(files, [kind] if kind else [], "csv"), files, folder)
+    paths = [os.path.join(folder, name) for name in files]
+    return bench.compare({"it": command}, bench.path("result.csv"), paths, lambda path: "")["it"]
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--sizes", default="100k,1M")
+    parser.add_argument("--sizes", type=run.sizes, default="100k,1M")
     parser.add_argument("--only", default="")
     parser.add_argument("--repeat", type=int, default=3)
+    parser.add_argument("--program", default=run.PROGRAM)
     options = parser.parse_args()
-    sizes = options.sizes.split(",")
-    os.makedirs(run.WORK, exist_ok=True)
-    base = {size: measure(None, size, options.repeat) for size in sizes}
+    bench = run.Bench(options.program, run.default_work(), options.repeat)
+    sizes = options.sizes
+    base = [measured(bench, None, rows) for rows in sizes]
+    if any(outcome.problem for outcome in base):
+        sys.exit(base[0].problem or base[-1].problem)
     wanted = [name for name in options.only.split(",") if name] or list(TRANSFORMS)
-    print("| transform | " + " | ".join("{0} s | {0} MiB".format(size) for size in sizes) + " | whole run, ratio |")
+    print("| transform | " + " | ".join(f"{rows:,} rows: s | MiB" for rows in sizes) + " | whole run, ratio |")
     print("|---" * (2 * len(sizes) + 2) + "|")
-    print("| (copy) | " + " | ".join("{cpu:.2f} | {rss}".format(**base[size]) for size in sizes) + " | {:.1f} |".format(
-        base[sizes[-1]]["cpu"] / base[sizes[0]]["cpu"]))
-    for name in wanted:
-        results = [measure(TRANSFORMS[name], size, options.repeat) for size in sizes]
-        failed = next((result["error"] for result in results if "error" in result), None)
-        if failed:
-            print("| {} | {} |".format(name, failed))
+    for name in ["(copy)", *wanted]:
+        outcomes = base if name == "(copy)" else [measured(bench, TRANSFORMS[name], rows) for rows in sizes]
+        problem = next((outcome.problem for outcome in outcomes if outcome.problem), "")
+        if problem:
+            print(f"| {name} | {problem} |")
             continue
-        cells = ["{:.2f} | {}".format(result["cpu"] - base[size]["cpu"], result["rss"] - base[size]["rss"])
-                 for result, size in zip(results, sizes)]
-        print("| {} | {} | {:.1f} |".format(name, " | ".join(cells), results[-1]["cpu"] / results[0]["cpu"]))
+        less = [(0, 0) if name == "(copy)" else (outcome.run.cpu, outcome.run.peak) for outcome in base]
+        cells = [f"{outcome.run.cpu - cpu:.2f} | {outcome.run.peak - peak:.0f}"
+                 for outcome, (cpu, peak) in zip(outcomes, less)]
+        ratio = outcomes[-1].run.cpu / outcomes[0].run.cpu
+        print(f"| {name} | {' | '.join(cells)} | {ratio:.1f} |")
 
 
 if __name__ == "__main__":
