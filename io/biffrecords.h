@@ -52,6 +52,7 @@ enum Record : quint16 {
     Row = 0x0208,
     Index = 0x020b,
     Array = 0x0221,
+    DefaultRowHeight = 0x0225,
     Window2 = 0x023e,
     Table = 0x0236,
     Rk = 0x027e,

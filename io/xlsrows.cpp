@@ -50,12 +50,13 @@ bool toRk(double number, quint32 *rk)
 
 } // namespace
 
-XlsRows::XlsRows(SheetJob *job, XlsWorkbook *workbook, qint64 firstRow,
+XlsRows::XlsRows(SheetJob *job, XlsWorkbook *workbook, qint64 firstRow, quint16 rowHeight,
                  XlsWorkbook::Content *content)
     : m_job(job)
     , m_workbook(workbook)
     , m_content(content)
     , m_row(int(firstRow) - 1)
+    , m_rowHeight(rowHeight)
 {
 }
 
@@ -121,7 +122,6 @@ bool XlsRows::endRow()
 
 bool XlsRows::flush()
 {
-    constexpr quint16 ordinaryHeight = 255;
     constexpr quint32 options = 0x000f0100;
     m_block.clear();
     for (const RowExtent &extent : m_extents) {
@@ -130,7 +130,7 @@ bool XlsRows::flush()
         appendBiff(quint16(extent.row), &m_block);
         appendBiff(quint16(std::max(extent.first, 0)), &m_block);
         appendBiff(quint16(extent.last + 1), &m_block);
-        appendBiff(ordinaryHeight, &m_block);
+        appendBiff(m_rowHeight, &m_block);
         appendBiff(quint32(0), &m_block);
         appendBiff(options, &m_block);
     }

@@ -12,7 +12,8 @@ class XlsRows
 public:
     /// `firstRow` counts from 0. The arguments must outlive this object, and this object the
     /// writing of the workbook, to which it lends the column names.
-    XlsRows(SheetJob *job, XlsWorkbook *workbook, qint64 firstRow, XlsWorkbook::Content *content);
+    XlsRows(SheetJob *job, XlsWorkbook *workbook, qint64 firstRow, quint16 rowHeight,
+            XlsWorkbook::Content *content);
 
     /// The header, if there is one, and all rows. Answers false when the progress asked to stop, or
     /// with an error.
@@ -44,6 +45,7 @@ private:
     XlsWorkbook *m_workbook;
     XlsWorkbook::Content *m_content;
     int m_row;
+    quint16 m_rowHeight;
     int m_links = 0;
     std::vector<std::string> m_names;
     /// By number format.

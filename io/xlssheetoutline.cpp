@@ -89,6 +89,10 @@ bool XlsSheetOutline::takeRecord(const Record &record, std::string_view data)
     } else if (record.id == Biff::DefColWidth || record.id == Biff::ColInfo) {
         m_columnsAt = number;
         m_hasColumns = m_hasColumns || record.id == Biff::ColInfo;
+    } else if (record.id == Biff::DefaultRowHeight && data.size() >= 4) {
+        constexpr quint16 highest = 8192;
+        const auto height = biffNumber<quint16>(data, 2);
+        m_rowHeight = height > 1 && height <= highest ? height : m_rowHeight;
     } else if (isBeforeLinks(record.id)) {
         m_linksAt = number;
     }

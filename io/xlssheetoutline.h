@@ -18,6 +18,8 @@ public:
 
     /// The last row that holds a value, counted from 1; 0 for an empty sheet.
     qint64 lastRow() const { return m_lastRow; }
+    /// The height of an ordinary row, in twentieths of a point.
+    quint16 rowHeight() const { return m_rowHeight; }
 
     /// The records between which the new cells and links go.
     struct Parts
@@ -49,6 +51,7 @@ private:
     std::string_view m_bytes;
     std::vector<Record> m_records;
     qint64 m_lastRow = 0;
+    quint16 m_rowHeight = 255;
     std::string_view m_dimensions;
     /// Numbers of the records behind which something goes.
     size_t m_dimensionsAt = 0;

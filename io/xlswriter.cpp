@@ -61,7 +61,7 @@ WriteResult XlsWriter::writeSheet(int sheet, const XlsSheetOutline &outline, boo
         return fail(unableToOpenText(m_target.path, m_file.error()));
     }
     XlsWorkbook::Content content;
-    XlsRows rows(m_job, m_workbook.get(), firstRow, &content);
+    XlsRows rows(m_job, m_workbook.get(), firstRow, outline.rowHeight(), &content);
     QString error;
     if (!rows.write(m_progress, &error)) {
         return error.isEmpty() ? WriteResult::Stopped

@@ -101,11 +101,12 @@ QByteArray richBook()
                                    sst(2, narrow("a") + narrow("b")) +
                                    record(Biff::ExtSst, position) + record(0x0863, "later");
     const QByteArray first =
-        record(Biff::Index, position) + record(0x0999, "unknown") + dimensions(7, 3) + row(0) +
-        row(6) + shared(0, 0, 0) + number(1, 1, 2.5) + record(Biff::DbCell, position) +
-        begin(0x20) + record(0x1001, "chart") + end + record(Biff::Blank, cell(0, 2)) +
-        record(Biff::Blank, cell(6, 0)) + record(0x00ec, "drawing") + continued("more") + view() +
-        record(Biff::MergeCells, u16(0)) + record(Biff::HLink, "link") + record(0x0867, "feature");
+        record(Biff::Index, position) + record(Biff::DefaultRowHeight, u16(0) + u16(300)) +
+        record(0x0999, "unknown") + dimensions(7, 3) + row(0) + row(6) + shared(0, 0, 0) +
+        number(1, 1, 2.5) + record(Biff::DbCell, position) + begin(0x20) + record(0x1001, "chart") +
+        end + record(Biff::Blank, cell(0, 2)) + record(Biff::Blank, cell(6, 0)) +
+        record(0x00ec, "drawing") + continued("more") + view() + record(Biff::MergeCells, u16(0)) +
+        record(Biff::HLink, "link") + record(0x0867, "feature");
     const QByteArray second = record(Biff::Index, position) + dimensions(1, 1) + shared(0, 0, 1) +
                               record(Biff::DbCell, position) + view();
     // The names of sheets stand before what refers to them.
@@ -145,15 +146,16 @@ void TestXlsWriter::keepsTheRest_data()
     QTest::addColumn<QString>("cells");
     QTest::newRow("append")
         << true << "Sheet1"
-        << "809 999 200 208 fd 203 809 1001 a 201 208 fd 27e ec 3c 23e e5 1b8 867 "
+        << "809 225 999 200 208 fd 203 809 1001 a 201 208 fd 27e ec 3c 23e e5 1b8 867 "
            "a"
         << "a|;|2.5;x|1";
     QTest::newRow("overwrite") << false << "Sheet1"
-                               << "809 999 7d 7d 200 809 1001 a 208 fd 27e ec 3c 23e 867 a"
+                               << "809 225 999 7d 7d 200 809 1001 a 208 fd 27e ec 3c 23e 867 a"
                                << "x|1";
-    QTest::newRow("add") << false << "Sheet3"
-                         << "809 999 200 208 208 fd 203 809 1001 a 201 201 ec 3c 23e e5 1b8 867 a"
-                         << "x|1";
+    QTest::newRow("add")
+        << false << "Sheet3"
+        << "809 225 999 200 208 208 fd 203 809 1001 a 201 201 ec 3c 23e e5 1b8 867 a"
+        << "x|1";
 }
 
 void TestXlsWriter::keepsTheRest()
@@ -177,6 +179,10 @@ void TestXlsWriter::keepsTheRest()
     for (const auto &[id, data] : QList<QPair<int, QByteArray>>{
              {0x0999, "unknown"}, {0x1001, "chart"}, {0x00ec, "drawing"}, {0x0867, "feature"}}) {
         QCOMPARE(dataOf(records, id), data);
+    }
+    if (sheet == "Sheet1") {
+        // Rows are as high as others of the sheet.
+        QCOMPARE(dataOf(records, Biff::Row, appends ? 1 : 0).mid(6, 2), u16(300));
     }
     // The extent holds what is there now.
     const QByteArray extent = dataOf(records, Biff::Dimensions);
