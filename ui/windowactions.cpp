@@ -128,7 +128,7 @@ void WindowActions::makeRunMenu()
 void WindowActions::makeHelpMenu()
 {
     QMenu *const menu = m_window->menuBar()->addMenu(tr("&Help"));
-    menu->addAction(help = make(tr("&User's guide")));
+    menu->addAction(help = make(tr("&User's guide"), tr("F1")));
     menu->addAction(about = make(tr("&About Tabweave")));
 }
 
