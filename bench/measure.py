@@ -1,6 +1,7 @@
 """Measure programs: whole runs of any, and the stages of Tabweave's."""
 import os
 import re
+import select
 import subprocess
 import sys
 import tempfile
@@ -72,20 +73,29 @@ def warm(paths):
 
 
 class Memory:
-    """Resident bytes of a process, and their peak since the last look; None for what cannot be known."""
+    """Resident bytes of a process, and their peak since the last look; None for what is not known."""
 
     def __init__(self, process):
         self.folder = f"/proc/{process}/"
+        self.known = None, None
+        self.anew = False
 
-    def look(self):
-        """(now, peak)"""
+    def sample(self):
+        """Keeps what a later look would find, in case the process has ended by then."""
         try:
             with open(self.folder + "status") as file:
                 found = dict(re.findall(r"^(VmRSS|VmHWM):\s*(\d+) kB", file.read(), re.M))
-            now, peak = int(found["VmRSS"]) * 1024, int(found["VmHWM"]) * 1024
+            self.known = int(found["VmRSS"]) * 1024, int(found["VmHWM"]) * 1024
         except (OSError, KeyError):
-            return None, None
-        return now, peak if self.begin_anew() else None
+            pass
+
+    def look(self):
+        """(now, peak)"""
+        self.sample()
+        (now, peak), self.known = self.known, (None, None)
+        since_last = self.anew
+        self.anew = self.begin_anew()
+        return now, peak if since_last else None
 
     def begin_anew(self):
         try:
@@ -96,6 +106,21 @@ class Memory:
             return False
 
 
+def lines_of(pipe, meanwhile):
+    """The lines of a pipe as they arrive; calls `meanwhile` a hundred times a second while there are none."""
+    rest = b""
+    while True:
+        if not select.select([pipe], [], [], 0.01)[0]:
+            meanwhile()
+            continue
+        more = os.read(pipe.fileno(), 1 << 16)
+        if not more:
+            return
+        *lines, rest = (rest + more).split(b"\n")
+        for line in lines:
+            yield line.decode(errors="replace")
+
+
 def number(text):
     return int(text.replace(",", ""))
 
@@ -103,7 +128,8 @@ def number(text):
 def stages(command, document, result):
     """Reading, transforming and writing, of one run that tells in its log when an item ended, and in what time.
 
-    The memory is looked at when the line arrives, so it may be that of a moment later."""
+    The memory is looked at when the line arrives, so it may be that of a moment later, or, when the program has ended,
+    earlier."""
     found = {name: [] for name in STAGES.values()}
     feeds = FEEDS.findall(document)
     made = {}
@@ -113,8 +139,7 @@ def stages(command, document, result):
     memory = Memory(process.pid)
     before = None
     with process:
-        for line in process.stdout:
-            text = line.decode(errors="replace").rstrip("\n")
+        for text in lines_of(process.stdout, memory.sample):
             log.append(text)
             ended = ENDED.match(text)
             if not ended and not text.startswith("Started run at"):

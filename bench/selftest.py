@@ -83,7 +83,7 @@ def check_tasks(totals, bench):
     return measured
 
 
-# Prints a run's log, waits after each line so that its memory can be looked at, and takes 64 MiB in between.
+# Prints a run's log, waits so that its memory can be looked at, holds 64 MiB in between, and ends at once after the end.
 ACTOR = """
 import time
 def say(line):
@@ -96,7 +96,8 @@ say("    noted: Processed Output 'Not one' Id=9 (1 col x 1 row) in 5 second(s) [
 say("  Processed Input 'Customers' Id=2 (5 cols x 1,000 rows) in 0.5 second(s) [Delimited text], Up to date")
 say("  Processed Transform 'Join (1 cols x 3 rows)' Id=3 (18 cols x 1 row) in <0.001 second(s) [a [b]], Up to date")
 del more
-say("  Processed Output 'Result' Id=100 (18 cols x 1 row) in 0.002 second(s) [Delimited text], Up to date")
+time.sleep(0.5)
+print("  Processed Output 'Result' Id=100 (18 cols x 1 row) in 0.002 second(s) [Delimited text], Up to date", flush=True)
 """
 
 
