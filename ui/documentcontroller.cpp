@@ -1,6 +1,7 @@
 #include "documentcontroller.h"
 
 #include "documentfile.h"
+#include "documenttrust.h"
 #include "graphscene.h"
 #include "inputnode.h"
 #include "outputwriter.h"
@@ -27,6 +28,17 @@ QString documentFilter()
 }
 
 const QString folderKey = QStringLiteral("document_folder");
+
+/// One line each, but not more than fit on a screen.
+QString shortened(const QStringList &lines)
+{
+    constexpr int most = 10;
+    const QString text = lines.mid(0, most).join(QLatin1Char('\n'));
+    return lines.size() <= most
+               ? text
+               : text + QLatin1Char('\n') +
+                     DocumentController::tr("+ %1 more").arg(Texts::count(lines.size() - most));
+}
 
 } // namespace
 
@@ -94,6 +106,30 @@ bool DocumentController::mayLeave()
     return box.clickedButton() == drop;
 }
 
+bool DocumentController::mayRun(bool automatic)
+{
+    const GraphScene &scene = *m_parts.scene;
+    if (scene.document().path.isEmpty() || DocumentTrust::isKnown(*m_parts.store, scene)) {
+        return true; // made here
+    }
+    const QStringList targets = DocumentTrust::outsideTargets(scene);
+    if (targets.isEmpty()) {
+        return true;
+    }
+    if (automatic && m_isDeclined) {
+        return false;
+    }
+    m_isDeclined = !askUser(m_window, tr("Outputs outside the document's folder"),
+                            tr("'%1' has not been run on this machine yet. It writes outside its "
+                               "own folder:\n\n%2\n\nIs it to be run?")
+                                .arg(title(), shortened(targets)),
+                            tr("Run"), tr("Don't run"));
+    if (!m_isDeclined) {
+        DocumentTrust::remember(m_parts.store, scene);
+    }
+    return !m_isDeclined;
+}
+
 void DocumentController::newDocument()
 {
     whenIdle([this] {
@@ -153,6 +189,7 @@ bool DocumentController::load(const QString &path, QString *savedPath)
     }
     *savedPath = loaded.savedPath;
     m_isRecovered = false;
+    m_isDeclined = false;
     m_recovery.setModified(false);
     Q_EMIT replaced();
     Q_EMIT changed();
@@ -276,6 +313,7 @@ bool DocumentController::saveTo(const QString &path)
     m_parts.scene->document().path = file.absoluteFilePath();
     m_parts.scene->setClean();
     m_isRecovered = false;
+    DocumentTrust::remember(m_parts.store, *m_parts.scene);
     m_recovery.setModified(false);
     m_watch.update();
     m_parts.store->addRecentDocument(file.absoluteFilePath());

@@ -44,6 +44,9 @@ public:
     bool mayLeave();
     /// Offers what a program left that did not end well.
     void offerRecovery();
+    /// Whether the document may write where it wants to; asks once about documents of others that
+    /// write outside their own folder. `automatic` runs do not ask again.
+    bool mayRun(bool automatic);
     /// Does something when no run is under way, which is stopped for it.
     void whenIdle(std::function<void()> action);
     /// The program is about to end without asking.
@@ -71,4 +74,5 @@ private:
     AutoRecovery m_recovery;
     InputWatch m_watch;
     bool m_isRecovered = false;
+    bool m_isDeclined = false;
 };

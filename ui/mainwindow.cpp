@@ -345,6 +345,7 @@ void MainWindow::connectRun()
     on(a.runUnprocessed, [this] { m_runs->run(RunMode::Changed); });
     on(a.runSelected, [this] { m_runs->run(RunMode::Selected); });
     on(a.stop, [this] { m_runs->stop(); });
+    m_runs->setPermission([this](bool automatic) { return m_documents->mayRun(automatic); });
     a.autoRun->setChecked(m_scene->document().autoRun);
     connect(a.autoRun, &QAction::toggled, m_runs, &RunController::setAutoRun);
     connect(m_itemPane, &ItemPane::runWanted, this, [this] {

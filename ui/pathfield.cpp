@@ -1,16 +1,15 @@
 #include "pathfield.h"
 
 #include "outputwriter.h"
+#include "preferencesstore.h"
 
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSettings>
 #include <QVBoxLayout>
 
 namespace {
@@ -26,17 +25,11 @@ QString folderKey()
     return QStringLiteral("last_folder");
 }
 
-/// Tests have no name, and no settings.
-bool hasSettings()
-{
-    return !QCoreApplication::organizationName().isEmpty();
-}
-
 void rememberFolder(const QString &folder)
 {
     lastFolder() = folder;
-    if (hasSettings()) {
-        QSettings().setValue(folderKey(), folder);
+    if (PreferencesStore *const store = PreferencesStore::current()) {
+        store->setWindowValue(folderKey(), folder);
     }
 }
 
@@ -115,8 +108,9 @@ QString PathField::startFolder() const
     if (!present.isEmpty() && QFileInfo(present).absoluteDir().exists()) {
         return present;
     }
-    if (lastFolder().isEmpty() && hasSettings()) {
-        lastFolder() = QSettings().value(folderKey()).toString();
+    const PreferencesStore *const store = PreferencesStore::current();
+    if (lastFolder().isEmpty() && store) {
+        lastFolder() = store->windowValue(folderKey()).toString();
     }
     return !lastFolder().isEmpty() ? lastFolder()
            : !folder().isEmpty()   ? folder()

@@ -10,6 +10,8 @@ constexpr int mostRecentDocuments = 12;
 const QString themeKey = QStringLiteral("theme");
 const QString recentKey = QStringLiteral("window/recent_documents");
 
+PreferencesStore *currentStore = nullptr;
+
 } // namespace
 
 PreferencesStore::PreferencesStore(const QString &programFolder)
@@ -19,6 +21,17 @@ PreferencesStore::PreferencesStore(const QString &programFolder)
                      ? std::make_unique<QSettings>(portable, QSettings::IniFormat)
                      : std::make_unique<QSettings>();
     m_settings->setIniCodec("UTF-8");
+    currentStore = this;
+}
+
+PreferencesStore::~PreferencesStore()
+{
+    currentStore = currentStore == this ? nullptr : currentStore;
+}
+
+PreferencesStore *PreferencesStore::current()
+{
+    return currentStore;
 }
 
 Preferences PreferencesStore::load(QStringList *warnings) const

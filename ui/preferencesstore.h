@@ -16,6 +16,12 @@ class PreferencesStore
 
 public:
     explicit PreferencesStore(const QString &programFolder);
+    ~PreferencesStore();
+    PreferencesStore(const PreferencesStore &) = delete;
+    PreferencesStore &operator=(const PreferencesStore &) = delete;
+
+    /// The one in use, for what fields remember by themselves; null without one.
+    static PreferencesStore *current();
 
     /// Values that are not possible are replaced by the default, with a warning.
     Preferences load(QStringList *warnings) const;

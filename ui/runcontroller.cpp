@@ -9,7 +9,7 @@ RunController::RunController(GraphScene *scene, QObject *parent)
     m_autoRunTimer.setSingleShot(true);
     connect(&m_autoRunTimer, &QTimer::timeout, this, [this] {
         if (m_scene->document().autoRun) {
-            run(RunMode::Changed);
+            run(RunMode::Changed, true);
         }
     });
     connect(scene, &GraphScene::autoRunWanted, this, &RunController::wantAutoRun);
@@ -24,11 +24,20 @@ bool RunController::isRunning() const
     return m_scene->isRunning();
 }
 
-void RunController::run(RunMode mode)
+void RunController::run(RunMode mode, bool automatic)
 {
     m_autoRunTimer.stop();
+    if (m_isAsking) {
+        return;
+    }
     if (m_scene->isRunning()) {
         m_wantedAgain = m_wantedAgain || mode == RunMode::Changed;
+        return;
+    }
+    m_isAsking = true;
+    const bool mayRun = !m_mayRun || m_mayRun(automatic);
+    m_isAsking = false;
+    if (!mayRun) {
         return;
     }
     RunEngine::clearStop();

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
+#include <functional>
 
 class GraphScene;
 
@@ -17,8 +18,10 @@ class RunController final : public QObject
 public:
     explicit RunController(GraphScene *scene, QObject *parent = nullptr);
 
+    /// Asked before every run; false: it does not take place.
+    void setPermission(std::function<bool(bool automatic)> mayRun) { m_mayRun = std::move(mayRun); }
     bool isRunning() const;
-    void run(RunMode mode);
+    void run(RunMode mode, bool automatic = false);
     void stop();
     void setAutoRun(bool on);
     /// The editor of an option was used: an automatic run waits for the delay from now.
@@ -38,6 +41,8 @@ private:
     void noteFraction(qreal fraction);
 
     GraphScene *m_scene;
+    std::function<bool(bool)> m_mayRun;
+    bool m_isAsking = false;
     QTimer m_autoRunTimer;
     QElapsedTimer m_sinceStart;
     double m_itemFraction = 0.0;

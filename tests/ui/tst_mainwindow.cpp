@@ -175,6 +175,37 @@ private Q_SLOTS:
         QTRY_COMPARE(window.content("result.csv").count('\n'), 3);
     }
 
+    void documentsOfOthersAskBeforeWriting()
+    {
+        QTemporaryDir elsewhere;
+        const QString target = elsewhere.filePath("stolen.csv");
+        TestWindow window;
+        window->actions()->autoRun->setChecked(false);
+        OutputNode *const output = makeChain(&window);
+        OutputOptions options = output->options();
+        options.path = target;
+        window.scene().editOptions(output, options, "File");
+        QString error;
+        QVERIFY(DocumentFile::save(window.path("other.transform"), window.scene(), &error));
+        window.scene().setClean();
+        window->openFiles({window.path("other.transform")});
+        {
+            const BoxAnswer answer("Don't run");
+            window->runs()->run(RunMode::All);
+            QVERIFY2(answer.text().contains(target), qPrintable(answer.text()));
+            window->runs()->run(RunMode::Changed, true); // asks no more
+            QCOMPARE(answer.count(), 1);
+        }
+        QVERIFY(!QFile::exists(target));
+        {
+            const BoxAnswer answer("Run");
+            window->runs()->run(RunMode::All);
+            window->runs()->run(RunMode::All);
+            QCOMPARE(answer.count(), 1);
+        }
+        QVERIFY(QFile::exists(target));
+    }
+
     void searchFindsTransforms_data()
     {
         QTest::addColumn<QString>("typed");
