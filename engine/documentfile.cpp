@@ -7,6 +7,7 @@
 #include "inputnode.h"
 #include "notenode.h"
 #include "outputnode.h"
+#include "safefile.h"
 #include "texts.h"
 #include "transform.h"
 #include "transformnode.h"
@@ -17,7 +18,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLocale>
-#include <QSaveFile>
 #include <QSysInfo>
 #include <new>
 
@@ -210,21 +210,20 @@ bool DocumentFile::load(const QString &path, const TransformCatalogue &catalogue
 bool DocumentFile::save(const QString &path, const GraphScene &scene, QString *error)
 {
     const QByteArray bytes = DocumentXml::written(recordsOf(scene, path));
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    SafeFile file;
+    if (!file.open(path, SafeFile::Start::Empty)) {
         *error = translated(QT_TRANSLATE_NOOP("DocumentFile", "Can't open file '%1' to write."))
                      .arg(path);
         return false;
     }
-    if (file.write(bytes) != bytes.size() || !file.flush()) {
+    if (!file.write(bytes.constData(), bytes.size())) {
         *error = translated(QT_TRANSLATE_NOOP("DocumentFile", "Can't save to file. %1"))
-                     .arg(file.errorString());
-        file.cancelWriting();
+                     .arg(file.error());
         return false;
     }
     if (!file.commit()) {
         *error = translated(QT_TRANSLATE_NOOP("DocumentFile", "Can't commit to file. %1"))
-                     .arg(file.errorString());
+                     .arg(file.error());
         return false;
     }
     return true;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,6 +51,24 @@ bool namesOpenFile(const QByteArray &path)
 QByteArray randomName(const QByteArray &folder)
 {
     return folder + "/.tw-" + QByteArray::number(QRandomGenerator::global()->generate(), 36);
+}
+
+QByteArray nameFor(const QByteArray &target, const QByteArray &folder)
+{
+    return folder + "/.tw-" +
+           QByteArray::number(qChecksum(target.constData(), uint(target.size())));
+}
+
+/// Whoever is about to rename a file of this name holds its lock.
+void removeRemnant(const QByteArray &path)
+{
+    const int file = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) == 0) {
+        ::unlink(path.constData());
+    }
+    if (file >= 0) {
+        ::close(file);
+    }
 }
 
 /// A new file of a random name, or -1; the name is then empty.
@@ -136,6 +155,7 @@ bool SafeFile::open(const QString &path, Start start)
     m_unsynced = 0;
     m_replaces = false;
     m_direct = false;
+    m_appends = false;
     if (path.contains(QChar(0))) {
         return failWith(tr("it is not a valid file path"));
     }
@@ -305,14 +325,24 @@ bool SafeFile::isOldFileUnchanged()
            modifiedTime(status) == m_oldModified;
 }
 
-/// Gives the nameless temporary file a name.
-bool SafeFile::nameTemporary()
+bool SafeFile::linkTo(const QByteArray &path) const
 {
     const QByteArray self = "/proc/self/fd/" + QByteArray::number(m_file);
+    return ::linkat(AT_FDCWD, self.constData(), AT_FDCWD, path.constData(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+/// Gives the nameless temporary file a name. The first choice is always the same for a file, so
+/// that what a kill may leave behind until the renaming goes away when the file is written again.
+bool SafeFile::nameTemporary()
+{
+    ::flock(m_file, LOCK_EX | LOCK_NB); // tells the living from what was left behind
+    const QByteArray usual = nameFor(m_target, m_folder);
     for (int i = 0; i < mostNames; ++i) {
-        m_temporary = randomName(m_folder);
-        if (::linkat(AT_FDCWD, self.constData(), AT_FDCWD, m_temporary.constData(),
-                     AT_SYMLINK_FOLLOW) == 0) {
+        m_temporary = i < 2 ? usual : randomName(m_folder);
+        if (i == 1) {
+            removeRemnant(usual);
+        }
+        if (linkTo(m_temporary)) {
             return true;
         }
         if (errno != EEXIST) {
@@ -333,11 +363,39 @@ bool SafeFile::moveToNamed()
     if (moved) {
         qint64 copied = 0;
         moved = (!m_replaces || keepAttributes()) && ::lseek(nameless, 0, SEEK_SET) == 0 &&
-                copyRest(nameless, m_file, &copied);
+                copyRest(nameless, m_file, &copied) && sync();
         systemError = errno;
     }
     ::close(nameless);
     return moved || !m_error.isEmpty() ? moved : fail(systemError);
+}
+
+/// The new bytes must be on the disk before the old ones go. Where there was no file, there is
+/// nothing to protect and no reason to wait, except on the systems without nameless files: those in
+/// a network tell only now whether there was room.
+bool SafeFile::sync()
+{
+    if (!m_replaces && m_temporary.isEmpty()) {
+        return true;
+    }
+    return ::fsync(m_file) == 0 || errno == EINVAL || errno == ENOTSUP || fail(errno);
+}
+
+/// The file gets its name, or a name at all, as late as possible: what is killed before leaves
+/// nothing beside the old file.
+bool SafeFile::putInPlace()
+{
+    if (m_temporary.isEmpty() && !m_replaces && linkTo(m_target)) {
+        return true;
+    }
+    if (m_temporary.isEmpty() && !nameTemporary() && !moveToNamed()) {
+        return false;
+    }
+    if (::rename(m_temporary.constData(), m_target.constData()) != 0) {
+        return fail(errno);
+    }
+    m_temporary.clear();
+    return true;
 }
 
 bool SafeFile::commit()
@@ -345,29 +403,15 @@ bool SafeFile::commit()
     if (m_file < 0) {
         return false;
     }
-    if (!m_direct) {
-        if (m_appends && !isOldFileUnchanged()) {
-            return failWith(tr("another program changed it meanwhile"));
-        }
-        if (m_temporary.isEmpty() && !nameTemporary() && !moveToNamed()) {
-            return false;
-        }
-        // The new bytes must be on the disk before the old ones go. Where there was no file, there
-        // is nothing to protect and no reason to wait.
-        if (m_replaces && ::fsync(m_file) != 0 && errno != EINVAL && errno != ENOTSUP) {
-            return fail(errno);
-        }
+    if (m_appends && !isOldFileUnchanged()) {
+        return failWith(tr("another program changed it meanwhile"));
+    }
+    if (!m_direct && (!sync() || !putInPlace())) {
+        return false;
     }
     const int file = m_file;
     m_file = -1;
-    if (::close(file) != 0 && errno != EINTR) {
-        return fail(errno);
-    }
-    if (!m_direct && ::rename(m_temporary.constData(), m_target.constData()) != 0) {
-        return fail(errno);
-    }
-    m_temporary.clear();
-    return true;
+    return ::close(file) == 0 || errno == EINTR || !m_direct || fail(errno);
 }
 
 bool SafeFile::fail(int systemError)

@@ -43,8 +43,11 @@ private:
     bool keepAttributes();
     bool copyOldContent();
     bool isOldFileUnchanged();
+    bool linkTo(const QByteArray &path) const;
     bool nameTemporary();
     bool moveToNamed();
+    bool sync();
+    bool putInPlace();
     bool fail(int systemError);
     bool failWith(const QString &reason);
     QByteArray oldBytes(qint64 offset, int size) const;

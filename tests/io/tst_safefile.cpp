@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <csignal>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -268,6 +269,34 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(m_folder->path(),
                                       QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         QCOMPARE(contentOf(path), QByteArray("old"));
+    }
+
+    /// What a kill between naming and renaming leaves.
+    void tidiesUpAfterKill_data()
+    {
+        QTest::addColumn<bool>("alive");
+        QTest::newRow("left behind") << false;
+        QTest::newRow("another program is just there") << true;
+    }
+
+    void tidiesUpAfterKill()
+    {
+        QFETCH(bool, alive);
+        const QString path = QFileInfo(m_folder->path()).canonicalFilePath() + "/a.csv";
+        makeFile(path, "old");
+        const QByteArray name = QFile::encodeName(path);
+        const QString left = m_folder->filePath(
+            QStringLiteral(".tw-%1").arg(qChecksum(name.constData(), uint(name.size()))));
+        makeFile(left, "half");
+        const int other = ::open(QFile::encodeName(left).constData(), O_RDONLY);
+        QVERIFY(other >= 0);
+        QVERIFY(!alive || ::flock(other, LOCK_EX) == 0);
+        QString error;
+        QVERIFY2(save(path, SafeFile::Start::Empty, "new", &error), qPrintable(error));
+        ::close(other);
+        QCOMPARE(contentOf(path), QByteArray("new"));
+        QCOMPARE(QFile::exists(left), alive);
+        QCOMPARE(namesIn(m_folder->path()).size(), alive ? 2 : 1);
     }
 
     void folderThatVanishes()
