@@ -33,7 +33,9 @@ void Platform::prepareStreams()
             Q_UNUSED(opened)
         }
     }
+    // A reader that has gone, or a file as large as it may be, is an error like others.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void Platform::prepareAllocator()
