@@ -45,6 +45,11 @@ bool areAlike(const CellNumberFormat &a, const CellNumberFormat &b)
 
 } // namespace
 
+void keepAttributeOrder()
+{
+    qSetGlobalQHashSeed(0);
+}
+
 XlsxStyles::XlsxStyles()
 {
     load(QByteArray::fromRawData(newStyles, int(sizeof newStyles) - 1));
@@ -52,6 +57,7 @@ XlsxStyles::XlsxStyles()
 
 bool XlsxStyles::load(const QByteArray &part)
 {
+    keepAttributeOrder();
     m_document = QDomDocument();
     if (!m_document.setContent(part) ||
         m_document.documentElement().tagName() != QLatin1String("styleSheet")) {

@@ -6,6 +6,10 @@
 #include <QDomDocument>
 #include <map>
 
+/// Attributes are kept in hash tables: with a random seed their order would change from one run to
+/// the next. To be called before an XML text is parsed that will be written again.
+void keepAttributeOrder();
+
 /// The cell styles of an XLSX workbook: what its styles part holds, and what our cells need beside.
 class XlsxStyles
 {

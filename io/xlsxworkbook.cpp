@@ -1,5 +1,6 @@
 #include "xlsxworkbook.h"
 
+#include "xlsxstyles.h"
 #include "zipwriter.h"
 
 namespace {
@@ -101,6 +102,7 @@ bool XlsxWorkbook::readDocument(const QString &part, const char *root, QDomDocum
     if (!m_package->read(part, &content, error)) {
         return false;
     }
+    keepAttributeOrder();
     // Elements with a prefix are not made by spreadsheet programs; what we add would not suit them.
     if (!document->setContent(content) ||
         document->documentElement().tagName() != QLatin1String(root)) {

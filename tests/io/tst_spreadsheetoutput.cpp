@@ -106,6 +106,8 @@ private Q_SLOTS:
     void leavesTheOldFile();
     void failsWhenTheDiskIsFull_data();
     void failsWhenTheDiskIsFull();
+    void sameTableSameBytes_data() { addTypes(); }
+    void sameTableSameBytes();
     void stops_data() { addTypes(); }
     void stops();
 
@@ -564,6 +566,24 @@ void TestSpreadsheetOutput::failsWhenTheDiskIsFull()
     QVERIFY2(test.warnings().contains(qt_error_string(EFBIG)), qPrintable(test.warnings()));
     QCOMPARE(contentOf(test.path), old);
     QCOMPARE(namesIn(test.folder.path()).size(), 1);
+}
+
+void TestSpreadsheetOutput::sameTableSameBytes()
+{
+    QFETCH(FileType, type);
+    QList<QByteArray> written;
+    for (const int seed : {1, 2, 3}) {
+        qSetGlobalQHashSeed(seed);
+        SpreadsheetOutputTest t(type);
+        t.write(OutputTest::tableOf({"Day", "Number"}, {{"2024-05-06", "1.50"}}));
+        t.options.writeMode = WriteMode::Append;
+        t.write(OutputTest::tableOf({"Day", "Number"}, {{"2024-05-07", "2.50"}}));
+        QVERIFY(!t.messages.failed);
+        written.append(contentOf(t.path));
+    }
+    qSetGlobalQHashSeed(-1);
+    QCOMPARE(written[1], written[0]);
+    QCOMPARE(written[2], written[0]);
 }
 
 void TestSpreadsheetOutput::stops()
