@@ -6,9 +6,10 @@
 
 /// A file that changes only as a whole: what is written goes to a temporary file beside it, which
 /// takes its place in commit(). Until then, and whenever anything fails, the old file stays as it
-/// was and nothing is left behind. Symbolic links are followed, so that a link stays a link;
-/// permissions of an old file are kept. Pipes and character devices have no old content to save and
-/// are written directly.
+/// was and nothing is left behind, also when the program is killed (on file systems that have no
+/// nameless files, a kill leaves the temporary file). Symbolic links are followed, so that a link
+/// stays a link; permissions of an old file are kept. Pipes and character devices have no old
+/// content to save and are written directly.
 class SafeFile
 {
     Q_DECLARE_TR_FUNCTIONS(SafeFile)

@@ -35,11 +35,12 @@ DOCUMENT = """<!DOCTYPE Tabweave>
 
 
 class Referee:
-    def __init__(self):
-        parser = argparse.ArgumentParser()
+    def __init__(self, parser=None):
+        """A parser may bring options of its own; they are answered as `arguments`."""
+        parser = parser or argparse.ArgumentParser()
         parser.add_argument("--program", required=True)
         parser.add_argument("--work", required=True)
-        arguments = parser.parse_args()
+        self.arguments = arguments = parser.parse_args()
         self.program = arguments.program
         self.work = arguments.work
         os.makedirs(self.work, exist_ok=True)
