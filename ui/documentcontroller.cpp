@@ -329,11 +329,19 @@ void DocumentController::offerRecovery()
     if (left.path.isEmpty()) {
         return;
     }
-    const bool isWanted =
-        askUser(m_window, tr("Automatic recovery"),
-                tr("An automatic recovery file was created %1 ago. Do you wish to open it?")
-                    .arg(AutoRecovery::ago(left.saved)),
-                tr("Open"), tr("Delete it"));
+    QMessageBox box(QMessageBox::Question, tr("Automatic recovery"),
+                    tr("An automatic recovery file was created %1 ago. Do you wish to open it?")
+                        .arg(AutoRecovery::ago(left.saved)),
+                    QMessageBox::NoButton, m_window);
+    const QPushButton *const open = box.addButton(tr("Open"), QMessageBox::AcceptRole);
+    const QPushButton *const drop = box.addButton(tr("Delete it"), QMessageBox::DestructiveRole);
+    QPushButton *const later = box.addButton(tr("Not now"), QMessageBox::RejectRole);
+    box.setEscapeButton(later); // nothing is lost by a careless key
+    box.exec();
+    const bool isWanted = box.clickedButton() == open;
+    if (!isWanted && box.clickedButton() != drop) {
+        return;
+    }
     QString savedPath;
     if (isWanted) {
         if (!load(left.path, &savedPath)) {

@@ -84,6 +84,16 @@ HelpWindow::HelpWindow(QWidget *parent)
     resize(820, 720);
 }
 
+bool HelpWindow::showTransform(const QString &name)
+{
+    QString section = name.toLower();
+    section.replace(QLatin1Char(' '), QLatin1Char('-'));
+    const QString own = section + QLatin1String(".md");
+    return showPage(QFile::exists(m_folder + QLatin1Char('/') + own)
+                        ? own
+                        : QLatin1String("transforms.md#") + section);
+}
+
 bool HelpWindow::showPage(const QString &page)
 {
     if (m_folder.isEmpty()) {

@@ -15,6 +15,8 @@ public:
 
     /// A page by its file's name, with an optional "#section". False when the guide is not there.
     bool showPage(const QString &page);
+    /// The page or section of a transform, by its name.
+    bool showTransform(const QString &name);
 
 private:
     QTextBrowser *m_text;

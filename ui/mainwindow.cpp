@@ -623,6 +623,14 @@ void MainWindow::changeEvent(QEvent *event)
 
 void MainWindow::applyPreferences()
 {
+    static const QFont desktopFont = QApplication::font();
+    QFont font = desktopFont;
+    if (m_store->fontSize() > 0) {
+        font.setPointSize(m_store->fontSize());
+    }
+    if (font != QApplication::font()) {
+        QApplication::setFont(font);
+    }
     QStringList warnings;
     const Preferences preferences = m_store->load(&warnings);
     if (!preferences.localeName.isEmpty()) {

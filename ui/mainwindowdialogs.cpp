@@ -67,14 +67,11 @@ void MainWindow::showHelp()
     auto *window = findChild<HelpWindow *>();
     window = window ? window : new HelpWindow(this);
     const QList<Node *> selected = m_scene->selectedNodes();
-    QString page;
     if (selected.size() == 1 && selected.first()->kind() == ItemKind::Transform) {
-        const Transform &transform = static_cast<TransformNode *>(selected.first())->transform();
-        QString section = transform.name().toLower();
-        page =
-            QLatin1String("transforms.md#") + section.replace(QLatin1Char(' '), QLatin1Char('-'));
+        window->showTransform(selected.first()->displayName());
+    } else {
+        window->showPage(QString());
     }
-    window->showPage(page);
 }
 
 void MainWindow::showAbout()

@@ -15,6 +15,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QSpinBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -66,6 +67,7 @@ PreferencesDialog::PreferencesDialog(PreferencesStore *store, QWidget *parent)
     , m_store(store)
     , m_form(new QFormLayout)
     , m_theme(new QComboBox(this))
+    , m_fontSize(new QSpinBox(this))
     , m_locale(new QComboBox(this))
     , m_dateFormats(new QPlainTextEdit(this))
     , m_memory(new QDoubleSpinBox(this))
@@ -121,6 +123,12 @@ void PreferencesDialog::addFields()
 {
     m_theme->addItems({tr("As the desktop"), tr("Light"), tr("Dark")});
     addRow(tr("Theme:"), m_theme, tr("Light or dark colours."), tr("color appearance"));
+    constexpr int largestFont = 36;
+    constexpr int smallestFont = 5; // stands for none
+    m_fontSize->setRange(smallestFont, largestFont);
+    m_fontSize->setSuffix(tr(" points"));
+    m_fontSize->setSpecialValueText(tr("As the desktop"));
+    addRow(tr("Font size:"), m_fontSize, tr("Size of all texts of the window."), tr("text zoom"));
     fillLocales(m_locale);
     addRow(tr("Locale:"), m_locale,
            tr("Decides which decimal point, group separator and names of months are expected."),
@@ -210,6 +218,7 @@ void PreferencesDialog::load()
     QStringList warnings;
     const Preferences preferences = m_store->load(&warnings);
     m_theme->setCurrentIndex(int(m_store->theme()));
+    m_fontSize->setValue(m_store->fontSize());
     m_locale->setCurrentIndex(qMax(m_locale->findData(preferences.localeName), 0));
     m_dateFormats->setPlainText(preferences.dateFormats.join(QLatin1Char('\n')));
     m_memory->setValue(preferences.maxMemoryGb);
@@ -249,5 +258,6 @@ void PreferencesDialog::accept()
     }
     m_store->save(preferences);
     m_store->setTheme(ThemeChoice(m_theme->currentIndex()));
+    m_store->setFontSize(m_fontSize->value() == m_fontSize->minimum() ? 0 : m_fontSize->value());
     QDialog::accept();
 }

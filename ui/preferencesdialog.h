@@ -10,6 +10,7 @@ class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
+class QSpinBox;
 class QTableWidget;
 
 /// The user's preferences, with a search over their names.
@@ -40,6 +41,7 @@ private:
     QFormLayout *m_form;
     QList<Row> m_rows;
     QComboBox *m_theme;
+    QSpinBox *m_fontSize;
     QComboBox *m_locale;
     QPlainTextEdit *m_dateFormats;
     QDoubleSpinBox *m_memory;

@@ -8,6 +8,7 @@ namespace {
 
 constexpr int mostRecentDocuments = 12;
 const QString themeKey = QStringLiteral("theme");
+const QString fontSizeKey = QStringLiteral("font_size");
 const QString recentKey = QStringLiteral("window/recent_documents");
 
 PreferencesStore *currentStore = nullptr;
@@ -98,6 +99,19 @@ ThemeChoice PreferencesStore::theme() const
 void PreferencesStore::setTheme(ThemeChoice choice)
 {
     setOrRemove(themeKey, int(choice), choice == ThemeChoice::System);
+}
+
+int PreferencesStore::fontSize() const
+{
+    constexpr int smallest = 6;
+    constexpr int largest = 36;
+    const int points = m_settings->value(fontSizeKey).toInt();
+    return points == 0 ? 0 : qBound(smallest, points, largest);
+}
+
+void PreferencesStore::setFontSize(int points)
+{
+    setOrRemove(fontSizeKey, points, points == 0);
 }
 
 QStringList PreferencesStore::recentDocuments() const

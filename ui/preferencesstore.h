@@ -31,6 +31,10 @@ public:
     ThemeChoice theme() const;
     void setTheme(ThemeChoice choice);
 
+    /// In points; 0: that of the desktop.
+    int fontSize() const;
+    void setFontSize(int points);
+
     /// Absolute paths, the last one first.
     QStringList recentDocuments() const;
     void addRecentDocument(const QString &path);
