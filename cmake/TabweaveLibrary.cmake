@@ -31,5 +31,8 @@ function(tw_test name)
     if(ARG_WINDOW)
         # The sanitizers' run leaves these out: font and platform libraries leak at exit.
         set_tests_properties(${name} PROPERTIES LABELS window)
+        if(TABWEAVE_SANITIZE)
+            set_target_properties(test_${name} PROPERTIES EXCLUDE_FROM_ALL ON)
+        endif()
     endif()
 endfunction()

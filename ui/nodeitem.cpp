@@ -3,8 +3,6 @@
 #include "node.h"
 #include "texts.h"
 #include "theme.h"
-#include "transform.h"
-#include "transformnode.h"
 
 #include <QCoreApplication>
 #include <QFontMetricsF>
@@ -166,11 +164,7 @@ void NodeItem::layoutTexts()
         warnings > 0 ? qMax(m_style->hintHeight, hint.horizontalAdvance(m_warningCount) + 8) : 0.0;
 
     m_sizeLine = hint.elidedText(sizeLine(), Qt::ElideRight, width);
-    m_summary.clear();
-    if (const auto *transform = qobject_cast<const TransformNode *>(m_node)) {
-        m_summary =
-            hint.elidedText(transform->transform().summary().simplified(), Qt::ElideMiddle, width);
-    }
+    m_summary = hint.elidedText(summaryText().simplified(), Qt::ElideMiddle, width);
     double height = m_nameLines.size() * m_style->nameHeight + m_style->hintHeight;
     // A name of two lines leaves no room for the options: they stay in the tooltip.
     if (height + m_style->hintHeight > m_size.height() - 4) {

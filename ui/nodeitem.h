@@ -50,6 +50,8 @@ public:
     double screenScale() const { return m_style->scale; }
 
     /// For screen readers and, as rich text with the first rows, for the tooltip.
+    /// The options in short, or what an input is to tell of itself.
+    QString summaryText() const;
     QString spokenText() const;
     QString tooltip() const;
 

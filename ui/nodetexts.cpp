@@ -1,3 +1,4 @@
+#include "inputnode.h"
 #include "node.h"
 #include "nodeitem.h"
 #include "texts.h"
@@ -55,13 +56,16 @@ QString firstRows(const Dataset &table)
     return QStringLiteral("<table cellspacing=\"4\">%1</table>").arg(html);
 }
 
-QString optionsOf(const Node &node)
-{
-    const auto *transform = qobject_cast<const TransformNode *>(&node);
-    return transform ? transform->transform().summary() : QString();
-}
-
 } // namespace
+
+QString NodeItem::summaryText() const
+{
+    if (const auto *transform = qobject_cast<const TransformNode *>(m_node)) {
+        return transform->transform().summary();
+    }
+    const auto *input = qobject_cast<const InputNode *>(m_node);
+    return input && input->options().showMeta ? input->options().metaText : QString();
+}
 
 QString NodeItem::spokenText() const
 {
@@ -98,7 +102,7 @@ QString NodeItem::tooltip() const
     QStringList lines{QStringLiteral("<b>%1</b>").arg(m_node->displayName().toHtmlEscaped()),
                       itemStatusText(m_node->status()).toHtmlEscaped() + QStringLiteral(", ") +
                           m_node->sizeLabel().toHtmlEscaped()};
-    for (const QString &text : {optionsOf(*m_node), m_node->comment()}) {
+    for (const QString &text : {summaryText(), m_node->comment()}) {
         if (!text.isEmpty()) {
             lines.append(text.left(300).toHtmlEscaped());
         }
