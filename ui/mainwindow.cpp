@@ -16,6 +16,8 @@
 #include "startpage.h"
 #include "statusstrip.h"
 #include "texts.h"
+#include "transform.h"
+#include "transformnode.h"
 #include "transformsettings.h"
 #include "windowactions.h"
 #include "windowinterface.h"
@@ -465,11 +467,12 @@ void MainWindow::showData()
     } else {
         empty = tr("The table has no rows.");
     }
+    // Where rows or columns move, every cell differs, which says nothing.
+    const auto *const transform = qobject_cast<const TransformNode *>(node);
     const QList<Node *> upstream = node->upstreamNodes();
-    m_dataPane->showData(node->dataset(),
-                         upstream.size() == 1 && node->kind() == ItemKind::Transform
-                             ? upstream.first()->dataset()
-                             : Dataset(),
+    const bool marksChanges =
+        transform && transform->transform().editsInPlace() && upstream.size() == 1;
+    m_dataPane->showData(node->dataset(), marksChanges ? upstream.first()->dataset() : Dataset(),
                          empty);
     m_dataPane->setOutdated(isOutdated && node->dataset().hasColumns());
 }

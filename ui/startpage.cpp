@@ -9,7 +9,6 @@
 #include <QDir>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -49,29 +48,37 @@ StartPage::StartPage(const PreferencesStore *store, QWidget *parent)
     setAutoFillBackground(true);
     auto *const drop = new QLabel(tr("Drop a data file or a document here"), this);
     drop->setAlignment(Qt::AlignCenter);
-    drop->setMinimumHeight(96);
+    drop->setMinimumHeight(72);
     drop->setFrameShape(QFrame::StyledPanel);
     drop->setForegroundRole(QPalette::PlaceholderText);
 
-    auto *const input =
-        new QPushButton(Icons::colored(QStringLiteral("input"), Theme::current().input),
-                        tr("Add an input file..."), this);
-    auto *const browse = new QPushButton(Icons::action(QStringLiteral("document-open")),
-                                         tr("Open a document..."), this);
-    auto *const empty = new QPushButton(Icons::action(QStringLiteral("document-new")),
-                                        tr("Begin with an empty canvas"), this);
-    auto *const buttons = new QHBoxLayout;
-    for (QPushButton *const button : {input, browse, empty}) {
-        buttons->addWidget(button);
-    }
-    buttons->addStretch();
-
+    auto *const begin = new QVBoxLayout;
+    begin->setSpacing(0);
+    begin->addWidget(makeTitle(tr("Begin"), this));
+    const auto addStart = [this, begin](const QString &text, const QIcon &icon, auto signal) {
+        auto *const button = new QCommandLinkButton(text, this);
+        button->setIcon(icon);
+        button->setAccessibleName(text);
+        connect(button, &QCommandLinkButton::clicked, this, signal);
+        begin->addWidget(button);
+    };
+    addStart(tr("Add an input file..."),
+             Icons::colored(QStringLiteral("input"), Theme::current().input),
+             &StartPage::inputWanted);
+    addStart(tr("Open a document..."), Icons::action(QStringLiteral("document-open")),
+             &StartPage::browseWanted);
+    addStart(tr("Begin with an empty canvas"), Icons::action(QStringLiteral("document-new")),
+             &StartPage::emptyCanvasWanted);
+    m_recent->setSpacing(0);
+    m_examples->setSpacing(0);
+    auto *const left = new QVBoxLayout;
+    left->setSpacing(16);
+    left->addLayout(begin);
+    left->addLayout(m_recent, 1);
     auto *const lists = new QHBoxLayout;
-    for (QVBoxLayout *const list : {m_recent, m_examples}) {
-        list->setSpacing(0);
-        lists->addLayout(list, 1);
-    }
     lists->setSpacing(24);
+    lists->addLayout(left, 1);
+    lists->addLayout(m_examples, 1);
 
     auto *const content = new QWidget(this);
     content->setMaximumWidth(760);
@@ -80,7 +87,6 @@ StartPage::StartPage(const PreferencesStore *store, QWidget *parent)
     column->addStretch(1);
     column->addWidget(makeTitle(tr("Transform tables without programming"), content));
     column->addWidget(drop);
-    column->addLayout(buttons);
     column->addLayout(lists);
     column->addStretch(2);
 
@@ -98,9 +104,6 @@ StartPage::StartPage(const PreferencesStore *store, QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(area);
 
-    connect(input, &QPushButton::clicked, this, &StartPage::inputWanted);
-    connect(browse, &QPushButton::clicked, this, &StartPage::browseWanted);
-    connect(empty, &QPushButton::clicked, this, &StartPage::emptyCanvasWanted);
     refresh();
 }
 
