@@ -44,7 +44,7 @@ void keepQuiet()
 {
     static const bool done = [] {
         const auto ignore = [](const gchar *, GLogLevelFlags, const gchar *, gpointer) {};
-        for (const char *domain : {"libgsf", "libgsf:msole"}) {
+        for (const char *domain : {static_cast<const char *>(nullptr), "libgsf", "libgsf:msole"}) {
             g_log_set_handler(domain, GLogLevelFlags(G_LOG_LEVEL_MASK), ignore, nullptr);
         }
         return true;

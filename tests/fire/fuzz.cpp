@@ -195,7 +195,8 @@ void require(bool holds, const char *what)
     }
 }
 
-void look(const Dataset &table, const Messages &messages)
+/// Answers whether there was anything in the file that could be read.
+bool look(const Dataset &table, const Messages &messages)
 {
     require(!messages.failed || (table.isEmpty() && !table.hasColumns()),
             "a failed read gives no table");
@@ -209,19 +210,20 @@ void look(const Dataset &table, const Messages &messages)
                     "values are texts");
         }
     }
+    return table.hasRows();
 }
 
-void readTable(const Reader &reader, const QString &path, Mutation *mutation)
+bool readTable(const Reader &reader, const QString &path, Mutation *mutation)
 {
     const InputOptions options = someOptions(reader.type, mutation);
     int steps = mutation->oneIn(10) ? mutation->number(5) : INT_MAX;
     Messages messages;
     const Dataset table =
         readInput(options, path, &messages, [&steps](double) { return steps-- > 0; });
-    look(table, messages);
+    return look(table, messages);
 }
 
-void appendTable(const Reader &reader, const QString &path, Mutation *mutation)
+bool appendTable(const Reader &reader, const QString &path, Mutation *mutation)
 {
     Dataset table;
     table.setHeader({QStringLiteral("Name"), QStringLiteral("Number")});
@@ -238,9 +240,10 @@ void appendTable(const Reader &reader, const QString &path, Mutation *mutation)
     Messages messages;
     writeOutput(options, table, {}, &messages, {});
     require(!messages.failed || contentOf(path) == before, "a failed write leaves the file alone");
+    return !messages.failed;
 }
 
-void readDocument(const QString &path)
+bool readDocument(const QString &path)
 {
     static const TransformCatalogue catalogue;
     static ConsoleInterface user;
@@ -249,7 +252,7 @@ void readDocument(const QString &path)
     QString error;
     if (!DocumentFile::load(path, catalogue, &scene, &loaded, &error)) {
         require(!error.isEmpty(), "a refused document tells why");
-        return;
+        return false;
     }
     const QString copy = path + QStringLiteral(".saved");
     require(DocumentFile::save(copy, scene, &error), "a loaded document can be saved");
@@ -259,21 +262,19 @@ void readDocument(const QString &path)
                 again.connections().size() == scene.connections().size(),
             "with all that was in it");
     QFile::remove(copy);
+    return true;
 }
 
-void runOnce(const Reader &reader, quint32 seed, const QString &path)
+bool runOnce(const Reader &reader, quint32 seed, const QString &path)
 {
     Mutation mutation(seed);
     makeInput(path, reader, &mutation);
     ::alarm(longestSeconds); // a reader that hangs is ended by the signal
-    if (reader.isDocument) {
-        readDocument(path);
-    } else if (reader.appends) {
-        appendTable(reader, path, &mutation);
-    } else {
-        readTable(reader, path, &mutation);
-    }
+    const bool usable = reader.isDocument ? readDocument(path)
+                        : reader.appends  ? appendTable(reader, path, &mutation)
+                                          : readTable(reader, path, &mutation);
     ::alarm(0);
+    return usable;
 }
 
 Reader readerFor(const QString &name, const QString &samples)
@@ -327,14 +328,16 @@ int main(int argc, char **argv)
     QElapsedTimer time;
     time.start();
     quint32 seed = first;
+    quint32 usable = 0;
     qint64 slowest = 0;
     for (; time.elapsed() < arguments[2].toInt() * 1000; ++seed) {
         const qint64 start = time.elapsed();
-        runOnce(reader, seed, inputOf(seed));
+        usable += runOnce(reader, seed, inputOf(seed)) ? 1 : 0;
         slowest = qMax(slowest, time.elapsed() - start);
         QFile::remove(inputOf(seed));
     }
-    std::printf("%s: %u inputs from seed %u on, the slowest took %lld ms\n",
-                qPrintable(reader.name), seed - first, first, static_cast<long long>(slowest));
+    std::printf("%s: %u inputs from seed %u on, %u of them usable, the slowest took %lld ms\n",
+                qPrintable(reader.name), seed - first, first, usable,
+                static_cast<long long>(slowest));
     return 0;
 }

@@ -3,6 +3,7 @@ import glob
 import json
 import os
 import random
+import re
 import shutil
 import subprocess
 import time
@@ -43,9 +44,13 @@ def feed(range_, reader, seconds, seed):
         env=environment)
     log = result.stdout.decode("utf-8", "replace")
     kept = [os.path.join(folder, name) for name in names_in(folder)]
-    if range_.check(f"damaged files: {reader}", result.returncode == 0 and not kept,
-                    f"status {result.returncode}, input kept: {kept}\n{log[-6000:]}"):
-        range_.say(log.strip().splitlines()[-1])
+    if not range_.check(f"damaged files: {reader}", result.returncode == 0 and not kept,
+                        f"status {result.returncode}, input kept: {kept}\n{log[-6000:]}"):
+        return
+    range_.say(log.strip())
+    range_.check(f"damaged files: {reader}: nothing else is said", log.count("\n") == 1, log)
+    usable = re.search(r", (\d+) of them usable", log)
+    range_.check(f"damaged files: {reader}: some can be used", int(usable[1]) > 0, log)
 
 
 def make_samples(range_):
