@@ -209,10 +209,31 @@ class Hardships:
                               (UP_TO_DATE, ITEMS_FAILED, OUT_OF_MEMORY))
             self.range.check(f"large file in 512 MB, {name}: told or done",
                              result.status == UP_TO_DATE or is_told(result.log), result.log)
+        self.lack_of_memory_at_any_moment()
         result = self.copy("/dev/zero", self.out, limits=limits)
         self.range.expect("a file without end in 512 MB", result, (ITEMS_FAILED, OUT_OF_MEMORY))
         self.range.check("a file without end in 512 MB: told", is_told(result.log), result.log)
         os.remove(source)
+
+    def lack_of_memory_at_any_moment(self):
+        """The less memory, the earlier it runs out: while reading, transforming or writing."""
+        source = self.large(600000)
+        for name, above in (("Stack", 2), ("Join", 2), ("Dedupe", 1)):
+            new = Document()
+            inputs = [new.input(source) for _ in range(above)]
+            number = new.transform(name, inputs[0])
+            for other in inputs[1:]:
+                new.connections.append(f'<connection start_id="{other}" end_id="{number}"/>')
+            new.output(self.out, number)
+            document = new.save(self.document)
+            for megabytes in range(160, 512, 8 if self.range.long else 120):
+                limit = megabytes << 20
+                result = self.range.execute(["-cli", document],
+                                            limits=[(resource.RLIMIT_AS, (limit, limit))])
+                what = f"{name} in {megabytes} MB"
+                self.range.expect(what, result, (UP_TO_DATE, ITEMS_FAILED, OUT_OF_MEMORY))
+                self.range.check(f"{what}: told or done", result.status == UP_TO_DATE or
+                                 is_told(result.log), result.log)
 
     def made(self, file_type):
         target = self.range.path(f"made-{file_type}")
@@ -392,7 +413,8 @@ class Hardships:
 
 def is_told(log):
     return any(text in log for text in ("ran out of memory", "is too big for Tabweave",
-                                        "exceeded the memory", "Not enough memory"))
+                                        "exceeded the memory", "Not enough memory",
+                                        "There is not enough memory"))
 
 
 def take_away(path, how):
