@@ -4,6 +4,9 @@
 
 #include <QByteArray>
 #include <QChar>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -17,18 +20,19 @@ bool isDigit(char byte)
 /// The first quote or backslash.
 const char *findQuoteOrEscape(const char *at, const char *end)
 {
-    constexpr quint64 ones = 0x0101010101010101;
-    constexpr quint64 highBits = 0x8080808080808080;
-    while (end - at >= 8) {
-        quint64 word;
-        memcpy(&word, at, sizeof word);
-        const quint64 quotes = word ^ (ones * '"');
-        const quint64 escapes = word ^ (ones * '\\');
-        if ((((quotes - ones) & ~quotes) | ((escapes - ones) & ~escapes)) & highBits) {
-            break;
+#ifdef __SSE2__
+    const __m128i quotes = _mm_set1_epi8('"');
+    const __m128i escapes = _mm_set1_epi8('\\');
+    while (end - at >= 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+        const int found = _mm_movemask_epi8(
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, quotes), _mm_cmpeq_epi8(bytes, escapes)));
+        if (found != 0) {
+            return at + __builtin_ctz(unsigned(found));
         }
-        at += 8;
+        at += 16;
     }
+#endif
     while (at < end && *at != '"' && *at != '\\') {
         ++at;
     }

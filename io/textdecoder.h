@@ -44,6 +44,8 @@ public:
 
     /// The part of the file read so far, 0 to 1.
     double fraction() const;
+    /// Bytes of the file, before decoding; 0 when that is not known.
+    qint64 size() const { return m_size; }
     QString encodingName() const { return m_encodingName; }
     bool isEncodingKnown() const { return m_encodingKnown; }
 
