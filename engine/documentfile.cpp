@@ -29,7 +29,7 @@ QString translated(const char *text)
 }
 
 // The text is parsed as a whole, in memory, at two bytes a character and more.
-constexpr qint64 maximumFileSize = 256 * 1024 * 1024;
+constexpr qint64 maximumFileSize = qint64(256) << 20;
 
 bool readBytes(const QString &path, QByteArray *bytes, QString *error)
 {
