@@ -142,6 +142,15 @@ JsonParser::Outcome JsonParser::parse()
     return m_stopped ? Outcome::Stopped : Outcome::Failed;
 }
 
+JsonParser::Outcome JsonParser::parseElement()
+{
+    m_depth = 1;
+    if (m_at < m_end ? parseValue() : fail(QJsonParseError::UnterminatedArray)) {
+        return Outcome::Done;
+    }
+    return m_stopped ? Outcome::Stopped : Outcome::Failed;
+}
+
 bool JsonParser::parseTop()
 {
     const char token = nextToken();

@@ -36,6 +36,9 @@ public:
 
     /// Parses the whole text as one document, with an array or an object at its top.
     Outcome parse();
+    /// Parses one element of an array from the start of the text; position() is then behind it. A
+    /// text that ends in or right behind a number fails, since more of it may follow.
+    Outcome parseElement();
 
     /// The bytes parsed so far.
     qint64 position() const { return m_at - m_begin; }

@@ -1,7 +1,9 @@
 #include "jsonreader.h"
 
 #include "inputoptions.h"
+#include "jsonarraystream.h"
 #include "jsonparser.h"
+#include "jsonrecordfinder.h"
 #include "nestedrecords.h"
 #include "textdecoder.h"
 #include "textinput.h"
@@ -10,170 +12,20 @@
 
 #include <QCoreApplication>
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <optional>
 
 namespace {
 
 // Reading the text takes about a quarter of the time.
 constexpr double shareOfText = 0.25;
-constexpr int stepsBetweenReports = 8 * progressInterval;
+// Smaller files are read whole.
+constexpr qint64 leastStreamed = qint64(16) << 20;
 
 struct JsonReader
 {
     Q_DECLARE_TR_FUNCTIONS(JsonReader)
-};
-
-/// What is at the top of the text.
-enum class Top {
-    /// An array, whose elements are the records, or an object that may hold just one array of
-    /// objects, which are then the records.
-    Document,
-    /// An object that is a record itself.
-    OneRecord,
-    /// Nothing: each document is a record.
-    Lines
-};
-
-/// Finds the records among the values of a document.
-class RecordFinder final : public JsonHandler
-{
-public:
-    RecordFinder(Top top, NestedRecords *records, const Progress &progress, double size)
-        : m_top(top)
-        , m_records(records)
-        , m_progress(progress)
-        , m_size(size)
-    {
-    }
-
-    /// Where the position is read for the progress.
-    void setParser(const JsonParser *parser, qint64 start)
-    {
-        m_parser = parser;
-        m_start = start;
-    }
-    /// True when the document was stopped because its object is a record itself.
-    bool isOneRecord() const { return m_isOneRecord; }
-
-    bool beginObject() override
-    {
-        if (m_depth == 0 && m_top == Top::Document) {
-            m_recordDepth = 2; // until something other than one array of objects is met
-        } else if (m_depth < m_recordDepth) {
-            return refuse();
-        } else {
-            beginValue();
-            m_records->beginObject();
-        }
-        ++m_depth;
-        return step();
-    }
-    bool key(std::string_view name) override
-    {
-        if (m_depth < m_recordDepth) {
-            return ++m_outerKeys == 1 || refuse();
-        }
-        m_records->key(name);
-        return true;
-    }
-    bool endObject() override
-    {
-        --m_depth;
-        if (m_depth < m_recordDepth) {
-            return m_anyRecord || refuse();
-        }
-        m_records->endObject();
-        return endValue();
-    }
-    bool beginArray() override
-    {
-        if (m_depth == 0 && m_top == Top::Document) {
-            m_recordDepth = 1;
-        } else if (m_recordDepth == 2 && m_depth == 2) {
-            return refuse();
-        } else if (m_depth >= m_recordDepth) {
-            beginValue();
-            m_records->beginArray();
-        }
-        ++m_depth;
-        return step();
-    }
-    bool endArray() override
-    {
-        --m_depth;
-        if (m_depth < m_recordDepth) {
-            return true;
-        }
-        m_records->endArray();
-        return endValue();
-    }
-    bool value(std::string_view text) override
-    {
-        if (!beginScalar()) {
-            return false;
-        }
-        m_records->value(text);
-        return endValue() && step();
-    }
-    bool null() override
-    {
-        if (!beginScalar()) {
-            return false;
-        }
-        m_records->null();
-        return endValue() && step();
-    }
-
-private:
-    bool refuse()
-    {
-        m_isOneRecord = true;
-        return false;
-    }
-    bool beginScalar()
-    {
-        if (m_recordDepth == 2 && m_depth <= 2) {
-            return refuse();
-        }
-        beginValue();
-        return true;
-    }
-    void beginValue()
-    {
-        if (m_depth == m_recordDepth) {
-            m_anyRecord = true;
-            m_records->beginRecord();
-        }
-    }
-    bool endValue()
-    {
-        if (m_depth == m_recordDepth) {
-            m_records->endRecord();
-        }
-        return true;
-    }
-    bool step()
-    {
-        if (++m_steps % stepsBetweenReports != 0) {
-            return true;
-        }
-        const double done = double(m_start + m_parser->position()) / m_size;
-        return reportProgress(m_progress, shareOfText + (1 - shareOfText) * done);
-    }
-
-    Top m_top;
-    NestedRecords *m_records;
-    const Progress &m_progress;
-    double m_size;
-    const JsonParser *m_parser = nullptr;
-    qint64 m_start = 0;
-    int m_depth = 0;
-    /// The number of containers around a record.
-    int m_recordDepth = 0;
-    int m_outerKeys = 0;
-    bool m_anyRecord = false;
-    bool m_isOneRecord = false;
-    qint64 m_steps = 0;
 };
 
 /// One attempt to read the text.
@@ -195,6 +47,20 @@ void setFailure(const JsonParser &parser, Attempt *attempt)
     attempt->offset = parser.position();
 }
 
+std::unique_ptr<NestedRecords> makeRecords(const InputOptions &options)
+{
+    return std::make_unique<NestedRecords>(options, JsonReader::tr("Value"));
+}
+
+void tellDropped(const NestedRecords &records, Messages *messages)
+{
+    if (records.droppedValues() > 0) {
+        messages->warn(JsonReader::tr("%1 value(s) dropped because their key occurs again in the "
+                                      "same object; the last value counts.")
+                           .arg(Texts::count(records.droppedValues())));
+    }
+}
+
 class TextReader
 {
 public:
@@ -209,42 +75,41 @@ public:
 
     Attempt readDocument(Top top)
     {
-        NestedRecords records = makeRecords();
-        RecordFinder finder(top, &records, m_progress, double(m_text.size()));
-        JsonParser parser(m_text, &finder, records.texts());
+        const std::unique_ptr<NestedRecords> records = makeRecords(m_options);
+        RecordFinder finder(top, records.get(), m_progress, double(m_text.size()), shareOfText);
+        JsonParser parser(m_text, &finder, records->texts());
         finder.setParser(&parser, 0);
         Attempt attempt;
         attempt.outcome = parser.parse();
         attempt.isOneRecord = finder.isOneRecord();
         setFailure(parser, &attempt);
-        finish(&records, &attempt);
+        finish(records.get(), &attempt);
         return attempt;
     }
 
     Attempt readLines()
     {
-        NestedRecords records = makeRecords();
-        RecordFinder finder(Top::Lines, &records, m_progress, double(m_text.size()));
+        const std::unique_ptr<NestedRecords> records = makeRecords(m_options);
+        RecordFinder finder(Top::Lines, records.get(), m_progress, double(m_text.size()),
+                            shareOfText);
         Attempt attempt;
         for (size_t at = 0; at < m_text.size() && attempt.outcome == JsonParser::Outcome::Done;) {
             const size_t end = std::min(m_text.find('\n', at), m_text.size());
             const std::string_view line = bare(m_text.substr(at, end - at));
             ++attempt.line;
             if (!line.empty()) {
-                JsonParser parser(line, &finder, records.texts());
+                JsonParser parser(line, &finder, records->texts());
                 finder.setParser(&parser, qint64(at));
                 attempt.outcome = parser.parse();
                 setFailure(parser, &attempt);
             }
             at = end + 1;
         }
-        finish(&records, &attempt);
+        finish(records.get(), &attempt);
         return attempt;
     }
 
 private:
-    NestedRecords makeRecords() const { return NestedRecords(m_options, JsonReader::tr("Value")); }
-
     static std::string_view bare(std::string_view line)
     {
         line = Utf8::trimmed(line);
@@ -258,11 +123,7 @@ private:
             return;
         }
         attempt->dataset = records->finish(m_messages);
-        if (records->droppedValues() > 0) {
-            m_messages->warn(JsonReader::tr("%1 value(s) dropped because their key occurs again in "
-                                            "the same object; the last value counts.")
-                                 .arg(Texts::count(records->droppedValues())));
-        }
+        tellDropped(*records, m_messages);
     }
 
     const InputOptions &m_options;
@@ -321,6 +182,26 @@ QString failureText(const Attempt &attempt)
 Dataset readJson(const InputOptions &options, const QString &path, TextSource *source,
                  Messages *messages, const Progress &progress)
 {
+    std::unique_ptr<TextSource> again;
+    if (source->size() >= leastStreamed && options.medium == Medium::File) {
+        JsonArrayStream stream(source, makeRecords(options), progress);
+        const JsonArrayStream::End end = stream.read();
+        if (end == JsonArrayStream::End::Stopped) {
+            return {};
+        }
+        if (end == JsonArrayStream::End::Read) {
+            Dataset dataset = stream.records()->finish(messages);
+            tellDropped(*stream.records(), messages);
+            return dataset;
+        }
+        QString error;
+        again = TextSource::fromFile(path, options.encoding, &error);
+        if (!again) {
+            messages->fail(unreadableText(path, error));
+            return {};
+        }
+        source = again.get();
+    }
     const std::optional<std::string> text =
         readWholeText(path, source, messages, progress, shareOfText);
     if (!text || Utf8::trimmed(*text).empty()) {

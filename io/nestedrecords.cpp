@@ -35,6 +35,7 @@ void NestedRecords::beginRecord()
     m_frames.clear();
     m_scopes.assign(1, Scope());
     m_texts.clear();
+    m_droppedBefore = m_droppedValues;
     m_node = m_names.root();
 }
 

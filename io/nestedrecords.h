@@ -29,6 +29,8 @@ public:
 
     void setValueName(const QString &name) { m_valueName = name; }
     void beginRecord();
+    /// The record is begun again, from its start.
+    void forgetRecord() { m_droppedValues = m_droppedBefore; }
     /// Gives the rows of the record to the table. Throws std::bad_alloc when there are too many.
     void endRecord();
 
@@ -117,6 +119,7 @@ private:
     Node *m_node = nullptr;
     quint64 m_instances = 0;
     qint64 m_droppedValues = 0;
+    qint64 m_droppedBefore = 0;
     /// The row being made; all empty between rows.
     std::vector<std::string_view> m_row;
     /// The cells of a record by row, and where each row starts among them.

@@ -43,6 +43,8 @@ private Q_SLOTS:
     void readsUtf16();
     void repairsBytesThatAreNotUtf8();
     void readsManyRowsOfOneRecord();
+    void readsLargeArrays_data();
+    void readsLargeArrays();
     void stopsWhenAsked();
     void letsTheMemoryCeilingThrough();
 };
@@ -250,6 +252,57 @@ void TestJsonReader::readsManyRowsOfOneRecord()
             cells.append(dataset.cell(RowIndex(row), column));
         }
         QCOMPARE(cells.join(QLatin1Char('|')), line);
+    }
+}
+
+void TestJsonReader::readsLargeArrays_data()
+{
+    QTest::addColumn<QByteArray>("first");
+    QTest::addColumn<QByteArray>("last");
+    QTest::addColumn<QByteArray>("end");
+    // Longer than the window that the text is read through.
+    const QByteArray longText(5000000, 'x');
+    QTest::newRow("plain") << QByteArray("{\"a\":1}") << QByteArray("{\"b\":\"\\u00e9\"}")
+                           << QByteArray("]");
+    QTest::newRow("a long value") << "{\"long\":\"" + longText + "\"}"
+                                  << "{\"c\":\"" + longText + "\\n\",\"c\":2}" << QByteArray("]\n");
+    QTest::newRow("numbers") << QByteArray("12345") << QByteArray("-1.50") << QByteArray(" ] ");
+    QTest::newRow("cut off") << QByteArray("{\"a\":1}") << QByteArray("{\"a\":\"x") << QByteArray();
+    QTest::newRow("no comma") << QByteArray("{\"a\":1}") << QByteArray("1 2") << QByteArray("]");
+    QTest::newRow("more behind it")
+        << QByteArray("{\"a\":1}") << QByteArray("1") << QByteArray("] x");
+    QTest::newRow("bad bytes") << QByteArray("{\"a\":1}") << QByteArray("\"\xff\"")
+                               << QByteArray("]");
+}
+
+/// Read in pieces, they give the same table and the same messages as when they are read whole, as
+/// the clipboard is.
+void TestJsonReader::readsLargeArrays()
+{
+    QFETCH(QByteArray, first);
+    QFETCH(QByteArray, last);
+    QFETCH(QByteArray, end);
+    QByteArray bytes = "[" + first;
+    for (int i = 0; bytes.size() < 17 << 20; ++i) {
+        bytes +=
+            ",\n{\"number\": " + QByteArray::number(i) + ", \"text\": \"a \\\"quoted\\\" text\"}";
+    }
+    bytes += "," + last + end;
+    Messages messages;
+    const Dataset dataset = readBytes(bytes, json(), &messages);
+    Messages wholeMessages;
+    const bool isUtf8 = !bytes.contains('\xff');
+    InputOptions whole = json();
+    whole.medium = Medium::Clipboard;
+    whole.text = QString::fromUtf8(bytes);
+    const Dataset expected = readInput(whole, QString(), &wholeMessages, Progress());
+    QCOMPARE(dataset.hasRows(),
+             end.startsWith(" ]") || (end.startsWith("]") && end != "] x" && last != "1 2"));
+    QVERIFY(dataset == expected);
+    if (isUtf8) {
+        QCOMPARE(messages.warnings, wholeMessages.warnings);
+    } else {
+        QCOMPARE(messages.warnings.size(), 1);
     }
 }
 
