@@ -59,8 +59,8 @@ void StatusStrip::showText(const QString &text)
 void StatusStrip::showState(const QString &text, const QString &picture, const QColor &color)
 {
     constexpr int size = 16;
-    m_picture->setVisible(!text.isEmpty());
-    m_picture->setPixmap(Icons::colored(picture, color).pixmap(size));
+    // Not hidden or shown here: the status bar hides it while it shows the text of a command.
+    m_picture->setPixmap(text.isEmpty() ? QPixmap() : Icons::colored(picture, color).pixmap(size));
     m_state->setText(text);
 }
 
